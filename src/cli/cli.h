@@ -1,0 +1,41 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "model/settings.h"
+
+namespace kinfolio::cli {
+
+// What every command is given: its streams, the effective settings and the
+// arguments left after the shared options.
+struct Invocation {
+    std::ostream& out;
+    std::ostream& err;
+    Settings settings;
+    bool json = false;
+    std::optional<std::string> output;  // -o PATH
+    std::vector<std::string> arguments;
+    bool showProgress = false;  // standard error is a terminal
+};
+
+struct Command {
+    std::string name;
+    std::string usage;    // "scan FOLDER [--json]"
+    std::string summary;  // one line
+    std::string help;     // the rest of its --help
+    std::function<int(Invocation&)> run;
+};
+
+// Every command, in the order --help lists them.
+const std::vector<Command>& commands();
+
+// Runs one command line (without the program name); returns the exit status:
+// 0 success, 1 the work failed, 2 the command line was wrong.
+int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& err,
+        bool showProgress = false);
+
+}  // namespace kinfolio::cli

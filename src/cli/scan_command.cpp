@@ -1,0 +1,77 @@
+#include <filesystem>
+
+#include "cli/commands.h"
+#include "cli/json_output.h"
+#include "scan/scanner.h"
+
+namespace kinfolio::cli {
+
+namespace {
+
+void printScan(std::ostream& out, const ScanResult& scan) {
+    out << "Materials folder: " << scan.folder << "\n";
+    if (scan.sources.empty())
+        out << "\nNothing Kinfolio can read here. Add chat exports, photos, videos, PDF "
+               "documents or emails to the folder, then scan again.\n";
+    std::string_view group;
+    for (const auto& s : scan.sources) {
+        if (info(s.kind).groupTitle != group) {
+            group = info(s.kind).groupTitle;
+            out << "\n" << group << "\n";
+        }
+        out << "  " << (s.name.empty() ? "(no name)" : s.name) << "\n    " << s.detail << "\n";
+        for (const auto& note : s.notes)
+            out << "    Note: " << note << "\n";
+    }
+    if (!scan.skipped.empty()) {
+        out << "\nSkipped files\n";
+        for (const auto& s : scan.skipped)
+            out << "  " << s.path << "\n    " << s.reason << "\n";
+    }
+}
+
+int runScan(Invocation& inv) {
+    std::string folder;
+    if (!takeFolder(inv, folder)) return 2;
+    Scanner::Progress progress;
+    if (inv.showProgress)
+        progress = [&](size_t done, size_t total) {
+            if (done == total || done % 50 == 0)
+                inv.err << "\rReading files: " << done << " of " << total
+                        << (done == total ? "\n" : "") << std::flush;
+        };
+    ScanResult scan =
+        Scanner::scan(folder, inv.settings.dateOrder, inv.settings.timeZoneID, false, progress);
+    if (inv.json)
+        inv.out << toJson(scan).dump(2) << "\n";
+    else
+        printScan(inv.out, scan);
+    return 0;
+}
+
+}  // namespace
+
+bool takeFolder(Invocation& inv, std::string& folder) {
+    if (inv.arguments.size() != 1) {
+        inv.err << "kinfolio-cli: give exactly one materials folder.\n";
+        return false;
+    }
+    folder = inv.arguments[0];
+    std::error_code ec;
+    if (!std::filesystem::is_directory(folder, ec)) {
+        inv.err << "kinfolio-cli: " << folder << " is not a folder.\n";
+        return false;
+    }
+    return true;
+}
+
+Command scanCommand() {
+    return Command{"scan", "scan FOLDER [--json]",
+                   "Read a materials folder and list its sources and skipped files.",
+                   "Lists every chat, e-mail and media group found, with its details and notes,\n"
+                   "then every file that was not used and why. Nothing in the folder is changed.\n"
+                   "  --json   print one JSON object with every source, item and skipped file\n",
+                   runScan};
+}
+
+}  // namespace kinfolio::cli

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string_view>
+
+#include "importers/import_result.h"
+#include "model/settings.h"
+
+namespace kinfolio::Importer {
+
+// Whether the text reads as a WhatsApp chat export (iPhone or Android lines).
+bool looksLikeWhatsApp(std::string_view text);
+
+// Every message of a WhatsApp chat text; throws EvidenceError.
+ImportResult whatsapp(std::string_view text, const std::string& fileID, DateOrder order);
+
+}  // namespace kinfolio::Importer

@@ -1,0 +1,90 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kinfolio {
+
+// A point in time: seconds since 2001-01-01 00:00:00 UTC. Written times are
+// kept as wall-clock readings in a zero-offset zone, so the digits a source
+// wrote come back unchanged when formatted.
+using Instant = double;
+
+// Seconds between the Unix epoch and 2001-01-01 00:00:00 UTC.
+inline constexpr double kReferenceEpochOffset = 978307200.0;
+
+inline Instant instantFromUnix(double unixSeconds) {
+    return unixSeconds - kReferenceEpochOffset;
+}
+inline double unixFromInstant(Instant t) {
+    return t + kReferenceEpochOffset;
+}
+
+enum class ItemKind { message, call, photo, screenshot, video, document, email };
+
+std::string_view rawValue(ItemKind kind);
+std::optional<ItemKind> itemKindFromRaw(std::string_view raw);
+
+// One recognised text line of a screenshot; fractions of the image, origin
+// at its lower-left corner, y growing upward.
+struct TextBox {
+    std::string text;
+    double x = 0, y = 0, width = 0, height = 0;
+    bool operator==(const TextBox&) const = default;
+};
+
+// One dated item of the document.
+struct Evidence {
+    ItemKind kind = ItemKind::message;
+    Instant date = 0;
+    bool dateIsEstimated = false;
+    std::string sender;
+    std::string text;
+    std::string fileID;
+    int64_t position = 0;
+    std::optional<std::string> imageURL;  // absolute file path
+    std::optional<std::string> attachmentName;
+    std::optional<std::string> attachmentID;
+    std::vector<TextBox> textBoxes;
+    std::optional<double> duration;
+    std::string heading;
+
+    // fileID + ":" + position; items of one file and position share it.
+    std::string id() const;
+    // A chat's system or service line: a message without a sender.
+    bool isSystem() const { return kind == ItemKind::message && sender.empty(); }
+
+    bool operator==(const Evidence&) const = default;
+};
+
+// The one error type: its message is a finished sentence for the user.
+class EvidenceError : public std::runtime_error {
+public:
+    explicit EvidenceError(const std::string& message) : std::runtime_error(message) {}
+    static EvidenceError invalid(const std::string& message) { return EvidenceError(message); }
+};
+
+struct FileRecord {
+    std::string path;    // relative to the materials folder, "/"-separated
+    std::string sha256;  // 64 lowercase hex digits
+    int64_t bytes = 0;
+    bool operator==(const FileRecord&) const = default;
+};
+
+struct SkippedFile {
+    std::string path;
+    std::string reason;
+    bool operator==(const SkippedFile&) const = default;
+};
+
+// The four stable item orders.
+void sortByDate(std::vector<Evidence>& items);
+void sortByDateAndPosition(std::vector<Evidence>& items);
+void sortByDateFileAndPosition(std::vector<Evidence>& items);
+void sortByPosition(std::vector<Evidence>& items);
+
+}  // namespace kinfolio

@@ -1,0 +1,164 @@
+#include "model/files.h"
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+
+#include "model/evidence.h"
+
+namespace kinfolio {
+
+namespace fs = std::filesystem;
+
+std::optional<MappedFile> MappedFile::open(const std::string& path) {
+    int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
+    if (fd < 0) return std::nullopt;
+    MappedFile file;
+    struct stat st {};
+    if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
+        ::close(fd);
+        return std::nullopt;
+    }
+    if (st.st_size > 0) {
+        void* p = ::mmap(nullptr, static_cast<size_t>(st.st_size), PROT_READ, MAP_PRIVATE, fd, 0);
+        if (p != MAP_FAILED) {
+            // Files are read front to back once: hashing, then parsing.
+            ::madvise(p, static_cast<size_t>(st.st_size), MADV_SEQUENTIAL);
+            file.data_ = static_cast<const char*>(p);
+            file.size_ = static_cast<size_t>(st.st_size);
+            file.mapped_ = true;
+            ::close(fd);
+            return file;
+        }
+    }
+    // Not mappable (empty, or a file system that refuses): read it whole.
+    char buf[65536];
+    while (true) {
+        ssize_t n = ::read(fd, buf, sizeof buf);
+        if (n < 0) {
+            if (errno == EINTR) continue;
+            ::close(fd);
+            return std::nullopt;
+        }
+        if (n == 0) break;
+        file.owned_.append(buf, static_cast<size_t>(n));
+    }
+    ::close(fd);
+    file.data_ = file.owned_.data();
+    file.size_ = file.owned_.size();
+    return file;
+}
+
+MappedFile::MappedFile(MappedFile&& other) noexcept {
+    *this = std::move(other);
+}
+
+MappedFile& MappedFile::operator=(MappedFile&& other) noexcept {
+    if (this == &other) return *this;
+    if (mapped_) ::munmap(const_cast<char*>(data_), size_);
+    mapped_ = other.mapped_;
+    owned_ = std::move(other.owned_);
+    size_ = other.size_;
+    data_ = mapped_ ? other.data_ : owned_.data();
+    other.data_ = nullptr;
+    other.size_ = 0;
+    other.mapped_ = false;
+    return *this;
+}
+
+MappedFile::~MappedFile() {
+    if (mapped_) ::munmap(const_cast<char*>(data_), size_);
+}
+
+namespace {
+
+[[noreturn]] void writeError(const std::string& path, int err) {
+    throw EvidenceError::invalid("Could not write " + path + ": " + std::strerror(err) + ".");
+}
+
+std::string homeSubdirectory(const char* variable, const char* fallback) {
+    const char* xdg = std::getenv(variable);
+    if (xdg && *xdg == '/') return std::string(xdg) + "/kinfolio";
+    const char* home = std::getenv("HOME");
+    std::string base = (home && *home) ? home : "/tmp";
+    return base + "/" + fallback + "/kinfolio";
+}
+
+}  // namespace
+
+void writeFileAtomically(const std::string& path, std::string_view bytes) {
+    fs::path target(path);
+    fs::path dir = target.parent_path().empty() ? fs::path(".") : target.parent_path();
+    std::string tmpl = (dir / ("." + target.filename().string() + ".XXXXXX")).string();
+    int fd = ::mkstemp(tmpl.data());
+    if (fd < 0) writeError(path, errno);
+    size_t done = 0;
+    while (done < bytes.size()) {
+        ssize_t n = ::write(fd, bytes.data() + done, bytes.size() - done);
+        if (n < 0) {
+            if (errno == EINTR) continue;
+            int err = errno;
+            ::close(fd);
+            ::unlink(tmpl.c_str());
+            writeError(path, err);
+        }
+        done += static_cast<size_t>(n);
+    }
+    // mkstemp makes the file 0600; a written document gets the usual mode.
+    mode_t mask = ::umask(0);
+    ::umask(mask);
+    ::fchmod(fd, 0666 & ~mask);
+    if (::fsync(fd) != 0 || ::close(fd) != 0) {
+        int err = errno;
+        ::unlink(tmpl.c_str());
+        writeError(path, err);
+    }
+    if (::rename(tmpl.c_str(), path.c_str()) != 0) {
+        int err = errno;
+        ::unlink(tmpl.c_str());
+        writeError(path, err);
+    }
+}
+
+std::string configDirectory() {
+    return homeSubdirectory("XDG_CONFIG_HOME", ".config");
+}
+
+void makeDirectories(const std::string& path, unsigned mode) {
+    std::error_code ec;
+    fs::path p(path);
+    fs::path current;
+    for (const auto& part : p) {
+        current /= part;
+        if (current.string() == "/" || fs::is_directory(current, ec)) continue;
+        if (::mkdir(current.c_str(), static_cast<mode_t>(mode)) != 0 && errno != EEXIST)
+            throw EvidenceError::invalid("Could not create the folder " + current.string() + ": " +
+                                         std::strerror(errno) + ".");
+    }
+}
+
+std::string privateCacheDirectory() {
+    std::string dir = homeSubdirectory("XDG_CACHE_HOME", ".cache");
+    std::string parent = fs::path(dir).parent_path().string();
+    makeDirectories(parent, 0700);
+    if (::mkdir(dir.c_str(), 0700) != 0 && errno != EEXIST)
+        throw EvidenceError::invalid("Could not create the folder " + dir + ": " +
+                                     std::strerror(errno) + ".");
+    // The folder holds unpacked chats: it must be ours and closed to others,
+    // and never a symbolic link someone else planted.
+    struct stat st {};
+    if (::lstat(dir.c_str(), &st) != 0 || !S_ISDIR(st.st_mode) || st.st_uid != ::getuid())
+        throw EvidenceError::invalid("The cache folder " + dir +
+                                     " is not a private folder of this user.");
+    if ((st.st_mode & 0077) != 0 && ::chmod(dir.c_str(), 0700) != 0)
+        throw EvidenceError::invalid("The cache folder " + dir + " could not be made private.");
+    return dir;
+}
+
+}  // namespace kinfolio

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace kinfolio {
+
+// A whole file, read-only and memory-mapped (read into memory when mapping
+// is not possible, as for an empty file or a pipe).
+class MappedFile {
+public:
+    // None when the file cannot be opened or read.
+    static std::optional<MappedFile> open(const std::string& path);
+
+    MappedFile(MappedFile&& other) noexcept;
+    MappedFile& operator=(MappedFile&& other) noexcept;
+    MappedFile(const MappedFile&) = delete;
+    MappedFile& operator=(const MappedFile&) = delete;
+    ~MappedFile();
+
+    std::string_view bytes() const { return {data_, size_}; }
+    size_t size() const { return size_; }
+
+private:
+    MappedFile() = default;
+    const char* data_ = nullptr;
+    size_t size_ = 0;
+    bool mapped_ = false;
+    std::string owned_;
+};
+
+// Writes through a temporary file in the same folder and renames it into
+// place, so a crash never leaves a half-written file. Throws EvidenceError.
+void writeFileAtomically(const std::string& path, std::string_view bytes);
+
+// $XDG_CONFIG_HOME/kinfolio (default ~/.config/kinfolio); not created here.
+std::string configDirectory();
+// $XDG_CACHE_HOME/kinfolio (default ~/.cache/kinfolio), created with mode 0700
+// and refused when it belongs to someone else or others may write to it.
+// Throws EvidenceError.
+std::string privateCacheDirectory();
+
+// Creates the folder and its missing parents with the given mode. Throws EvidenceError.
+void makeDirectories(const std::string& path, unsigned mode = 0755);
+
+}  // namespace kinfolio

@@ -1,0 +1,198 @@
+#include "model/text.h"
+
+#include <unicode/uchar.h>
+#include <unicode/utf8.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace kinfolio {
+
+icu::UnicodeString toUnicode(std::string_view utf8) {
+    return icu::UnicodeString::fromUTF8(
+        icu::StringPiece(utf8.data(), static_cast<int32_t>(utf8.size())));
+}
+
+std::string toUtf8(const icu::UnicodeString& text) {
+    std::string out;
+    text.toUTF8String(out);
+    return out;
+}
+
+bool isValidUtf8(std::string_view bytes) {
+    const auto* s = reinterpret_cast<const uint8_t*>(bytes.data());
+    size_t n = bytes.size(), i = 0;
+    while (i < n) {
+        // Fast path over ASCII, eight bytes at a time.
+        while (i + 8 <= n) {
+            uint64_t w;
+            __builtin_memcpy(&w, s + i, 8);
+            if (w & 0x8080808080808080ULL) break;
+            i += 8;
+        }
+        if (i >= n) break;
+        if (s[i] < 0x80) {
+            ++i;
+            continue;
+        }
+        int32_t offset = static_cast<int32_t>(i);
+        UChar32 c;
+        U8_NEXT(s, offset, static_cast<int32_t>(n), c);
+        if (c < 0) return false;
+        i = static_cast<size_t>(offset);
+    }
+    return true;
+}
+
+std::string repairUtf8(std::string_view bytes) {
+    if (isValidUtf8(bytes)) return std::string(bytes);
+    std::string out;
+    out.reserve(bytes.size());
+    const auto* s = reinterpret_cast<const uint8_t*>(bytes.data());
+    int32_t n = static_cast<int32_t>(bytes.size()), i = 0;
+    while (i < n) {
+        int32_t start = i;
+        UChar32 c;
+        U8_NEXT(s, i, n, c);
+        if (c < 0)
+            out += "\xEF\xBF\xBD";
+        else
+            out.append(bytes.data() + start, static_cast<size_t>(i - start));
+    }
+    return out;
+}
+
+namespace {
+
+std::optional<std::string> utf16(std::string_view bytes, bool bigEndian, bool requirePlausible) {
+    if (bytes.size() % 2 != 0) return std::nullopt;
+    icu::UnicodeString text;
+    for (size_t i = 0; i < bytes.size(); i += 2) {
+        auto a = static_cast<uint8_t>(bytes[i]), b = static_cast<uint8_t>(bytes[i + 1]);
+        text.append(static_cast<char16_t>(bigEndian ? (a << 8 | b) : (b << 8 | a)));
+    }
+    for (int32_t i = 0; i < text.length();) {
+        UChar32 c = text.char32At(i);
+        if (U_IS_SURROGATE(c)) return std::nullopt;  // unpaired
+        if (requirePlausible) {
+            bool control = (c < 0x20 && c != '\t' && c != '\n' && c != '\r' && c != '\f') ||
+                           (c >= 0x7F && c < 0xA0);
+            if (control || U_IS_UNICODE_NONCHAR(c) || !u_isdefined(c)) return std::nullopt;
+        }
+        i += U16_LENGTH(c);
+    }
+    return toUtf8(text);
+}
+
+}  // namespace
+
+std::optional<std::string> decodeUtf16(std::string_view bytes) {
+    if (bytes.size() >= 2) {
+        auto a = static_cast<uint8_t>(bytes[0]), b = static_cast<uint8_t>(bytes[1]);
+        if (a == 0xFF && b == 0xFE) return utf16(bytes.substr(2), false, false);
+        if (a == 0xFE && b == 0xFF) return utf16(bytes.substr(2), true, false);
+    }
+    if (bytes.empty()) return std::nullopt;
+    if (auto le = utf16(bytes, false, true)) return le;
+    return utf16(bytes, true, true);
+}
+
+std::string replaceAll(std::string_view text, std::string_view from, std::string_view to) {
+    if (from.empty()) return std::string(text);
+    std::string out;
+    out.reserve(text.size());
+    size_t pos = 0;
+    while (true) {
+        size_t hit = text.find(from, pos);
+        if (hit == std::string_view::npos) break;
+        out.append(text.substr(pos, hit - pos));
+        out.append(to);
+        pos = hit + from.size();
+    }
+    out.append(text.substr(pos));
+    return out;
+}
+
+std::string removeAll(std::string_view text, std::string_view what) {
+    return replaceAll(text, what, "");
+}
+
+bool startsWith(std::string_view text, std::string_view prefix) {
+    return text.substr(0, prefix.size()) == prefix;
+}
+
+bool endsWith(std::string_view text, std::string_view suffix) {
+    return text.size() >= suffix.size() && text.substr(text.size() - suffix.size()) == suffix;
+}
+
+std::string asciiLower(std::string_view text) {
+    std::string out(text);
+    for (char& c : out)
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    return out;
+}
+
+std::string trimWhitespace(std::string_view text) {
+    auto u = toUnicode(text);
+    int32_t start = 0, end = u.length();
+    while (start < end && u_isUWhiteSpace(u.char32At(start)))
+        start = u.moveIndex32(start, 1);
+    while (end > start) {
+        int32_t prev = u.moveIndex32(end, -1);
+        if (!u_isUWhiteSpace(u.char32At(prev))) break;
+        end = prev;
+    }
+    if (start == 0 && end == u.length()) return std::string(text);
+    return toUtf8(u.tempSubStringBetween(start, end));
+}
+
+std::string trimSpacesAndTabs(std::string_view text) {
+    size_t start = text.find_first_not_of(" \t");
+    if (start == std::string_view::npos) return "";
+    size_t end = text.find_last_not_of(" \t");
+    return std::string(text.substr(start, end - start + 1));
+}
+
+std::string prefixCodePoints(std::string_view text, size_t n) {
+    const auto* s = reinterpret_cast<const uint8_t*>(text.data());
+    int32_t len = static_cast<int32_t>(text.size()), i = 0;
+    for (size_t count = 0; count < n && i < len; ++count)
+        U8_FWD_1(s, i, len);
+    return std::string(text.substr(0, static_cast<size_t>(i)));
+}
+
+Regex::Regex(const char* pattern, uint32_t flags) {
+    UErrorCode status = U_ZERO_ERROR;
+    UParseError parseError;
+    pattern_.reset(icu::RegexPattern::compile(icu::UnicodeString::fromUTF8(pattern), flags,
+                                              parseError, status));
+    if (U_FAILURE(status)) {
+        std::fprintf(stderr, "kinfolio: regular expression does not compile: %s\n", pattern);
+        std::abort();
+    }
+}
+
+std::unique_ptr<icu::RegexMatcher> Regex::matcher(const icu::UnicodeString& text) const {
+    UErrorCode status = U_ZERO_ERROR;
+    std::unique_ptr<icu::RegexMatcher> m(pattern_->matcher(text, status));
+    if (U_FAILURE(status)) std::abort();
+    return m;
+}
+
+bool Regex::matchesWhole(const icu::UnicodeString& text) const {
+    UErrorCode status = U_ZERO_ERROR;
+    return matcher(text)->matches(status) && U_SUCCESS(status);
+}
+
+bool Regex::find(const icu::UnicodeString& text) const {
+    return matcher(text)->find();
+}
+
+std::optional<std::string> groupText(icu::RegexMatcher& m, int group) {
+    UErrorCode status = U_ZERO_ERROR;
+    if (m.start(group, status) < 0 || U_FAILURE(status)) return std::nullopt;
+    status = U_ZERO_ERROR;
+    return toUtf8(m.group(group, status));
+}
+
+}  // namespace kinfolio

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <unicode/regex.h>
+#include <unicode/unistr.h>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace kinfolio {
+
+// Text is UTF-8 in std::string everywhere; ICU works on UTF-16, so these
+// convert at the edges.
+icu::UnicodeString toUnicode(std::string_view utf8);
+std::string toUtf8(const icu::UnicodeString& text);
+
+bool isValidUtf8(std::string_view bytes);
+// Ill-formed sequences become U+FFFD.
+std::string repairUtf8(std::string_view bytes);
+// UTF-16 with a byte-order mark, or without one when the bytes read as
+// plausible text in one byte order; none otherwise.
+std::optional<std::string> decodeUtf16(std::string_view bytes);
+
+// Drops every occurrence of `what`.
+std::string removeAll(std::string_view text, std::string_view what);
+std::string replaceAll(std::string_view text, std::string_view from, std::string_view to);
+bool startsWith(std::string_view text, std::string_view prefix);
+bool endsWith(std::string_view text, std::string_view suffix);
+std::string asciiLower(std::string_view text);
+// Trims spaces, tabs and line breaks (any Unicode white space) at both ends.
+std::string trimWhitespace(std::string_view text);
+// Trims only spaces and tabs.
+std::string trimSpacesAndTabs(std::string_view text);
+// The first n user-visible code points (not bytes) of the text.
+std::string prefixCodePoints(std::string_view text, size_t n);
+
+// A compiled ICU regular expression, made once (keep it in a function-local
+// static); a pattern that does not compile is a programming error and aborts.
+class Regex {
+public:
+    explicit Regex(const char* pattern, uint32_t flags = 0);
+    // A matcher over `text`, which must outlive it.
+    std::unique_ptr<icu::RegexMatcher> matcher(const icu::UnicodeString& text) const;
+    // Whether the expression matches the whole text.
+    bool matchesWhole(const icu::UnicodeString& text) const;
+    // Whether the expression is found anywhere in the text.
+    bool find(const icu::UnicodeString& text) const;
+
+private:
+    std::unique_ptr<icu::RegexPattern> pattern_;
+};
+
+// The text of capture group `group` of the matcher's current match, or none
+// when the group did not take part.
+std::optional<std::string> groupText(icu::RegexMatcher& m, int group);
+
+}  // namespace kinfolio

@@ -1,0 +1,57 @@
+#include <openssl/evp.h>
+
+#include <filesystem>
+
+#include "model/text.h"
+#include "scan/scan_context.h"
+#include "scan/scanner.h"
+
+namespace kinfolio::Scanner {
+
+std::string sha256Hex(std::string_view bytes) {
+    unsigned char digest[EVP_MAX_MD_SIZE];
+    unsigned int length = 0;
+    EVP_Digest(bytes.data(), bytes.size(), digest, &length, EVP_sha256(), nullptr);
+    static const char* hex = "0123456789abcdef";
+    std::string out(length * 2, '0');
+    for (unsigned i = 0; i < length; ++i) {
+        out[2 * i] = hex[digest[i] >> 4];
+        out[2 * i + 1] = hex[digest[i] & 15];
+    }
+    return out;
+}
+
+std::string ScanContext::displayPath(const std::string& path) const {
+    std::string normal = std::filesystem::path(path).lexically_normal().string();
+    std::string prefix = folder + "/";
+    if (startsWith(normal, prefix)) return normal.substr(prefix.size());
+    return std::filesystem::path(normal).filename().string();
+}
+
+void ScanContext::skip(const std::string& path, std::string reason) {
+    skipped.push_back(SkippedFile{displayPath(path), std::move(reason)});
+}
+
+std::optional<Record> ScanContext::record(const std::string& path) {
+    auto data = MappedFile::open(path);
+    if (!data) {
+        skip(path, "Could not be read.");
+        return std::nullopt;
+    }
+    std::string shown = displayPath(path);
+    std::string hash = sha256Hex(data->bytes());
+    auto [it, isNew] = firstPathOfHash.emplace(hash, shown);
+    if (!isNew) {
+        skip(path, "Same file as " + it->second + ".");
+        return std::nullopt;
+    }
+    FileRecord file{shown, hash, static_cast<int64_t>(data->size())};
+    return Record{path, std::move(file), std::move(*data)};
+}
+
+std::optional<std::string> decodeText(std::string_view bytes) {
+    if (isValidUtf8(bytes)) return std::string(bytes);
+    return decodeUtf16(bytes);
+}
+
+}  // namespace kinfolio::Scanner

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "model/files.h"
+#include "model/settings.h"
+#include "model/source.h"
+
+namespace kinfolio::Scanner {
+
+// A file that went through the record step: its record and its bytes, read
+// once and shared by hashing and the importer.
+struct Record {
+    std::string path;  // absolute
+    FileRecord file;
+    MappedFile data;
+};
+
+// Items and files of one kind of loose media (photos, screenshots, ...).
+struct MediaGroup {
+    std::vector<Evidence> items;
+    std::vector<FileRecord> files;
+    int estimatedDates = 0;
+};
+
+// The working state of one scan; readers add to it.
+struct ScanContext {
+    std::string folder;  // absolute, without a trailing "/"
+    DateOrder order = DateOrder::automatic;
+    std::string zone;
+    bool recognizeText = false;
+
+    std::vector<std::string> files;  // the listing, absolute paths
+    std::vector<Source> sources;
+    std::vector<SkippedFile> skipped;
+    std::map<std::string, std::string> firstPathOfHash;
+    std::set<std::string> consumed;  // absolute paths claimed by another file's import
+
+    MediaGroup photos, screenshots, videos, documents, emails;
+
+    // The path relative to the folder; a file outside it shows its name.
+    std::string displayPath(const std::string& path) const;
+    void skip(const std::string& path, std::string reason);
+    // The record step: read, hash, and drop byte-identical copies. On failure
+    // the file is skipped with its reason and none is returned.
+    std::optional<Record> record(const std::string& path);
+};
+
+// The text of a text file: UTF-8, else UTF-16; none in any other encoding.
+std::optional<std::string> decodeText(std::string_view bytes);
+
+}  // namespace kinfolio::Scanner

@@ -1,0 +1,119 @@
+#include "scan/scanner.h"
+
+#include <filesystem>
+
+#include "model/text.h"
+#include "scan/routes.h"
+#include "scan/scan_context.h"
+
+namespace kinfolio::Scanner {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string counted(size_t n, std::string_view singular, std::string_view plural) {
+    return std::to_string(n) + " " + std::string(n == 1 ? singular : plural);
+}
+
+struct GroupSpec {
+    SourceKind kind;
+    std::string_view id, name, singular, plural;
+};
+
+void addMediaGroup(std::vector<Source>& sources, MediaGroup& group, const GroupSpec& spec) {
+    if (group.items.empty()) return;
+    Source s;
+    s.id = spec.id;
+    s.kind = spec.kind;
+    s.name = spec.name;
+    s.files = std::move(group.files);
+    s.items = std::move(group.items);
+    sortByDate(s.items);
+    s.detail = counted(s.items.size(), spec.singular, spec.plural) + dateRangeSummary(s);
+    if (spec.kind == SourceKind::photos && group.estimatedDates > 0) {
+        s.notes.push_back(group.estimatedDates == 1
+                              ? "1 photo has no camera date; marked as estimated."
+                              : std::to_string(group.estimatedDates) +
+                                    " photos have no camera date; marked as estimated.");
+    }
+    sources.push_back(std::move(s));
+}
+
+}  // namespace
+
+Source chatSource(SourceKind kind, const FileRecord& file, std::vector<FileRecord> media,
+                  std::vector<Evidence> items, std::string name, std::vector<std::string> notes) {
+    Source s;
+    s.id = file.sha256;
+    s.kind = kind;
+    s.files.push_back(file);
+    for (auto& m : media)
+        s.files.push_back(std::move(m));
+    s.items = std::move(items);
+    sortByDate(s.items);
+    s.notes = std::move(notes);
+
+    if (name.empty() || startsWith(name, "_") || asciiLower(name) == "messages") {
+        auto senders = s.senders();
+        name.clear();
+        for (size_t i = 0; i < senders.size() && i < 2; ++i)
+            name += (i ? " & " : "") + senders[i];
+    }
+    s.name = std::move(name);
+
+    size_t messages = 0, calls = 0;
+    for (const auto& item : s.items) {
+        if (item.kind == ItemKind::message && !item.sender.empty()) ++messages;
+        if (item.kind == ItemKind::call) ++calls;
+    }
+    std::vector<std::string> parts;
+    if (kind != SourceKind::chatCSV) parts.emplace_back(info(kind).badgeLabel);
+    parts.push_back(counted(messages, "message", "messages"));
+    if (calls > 0) parts.push_back(counted(calls, "call", "calls"));
+    std::string detail;
+    for (const auto& p : parts)
+        detail += (detail.empty() ? "" : " · ") + p;
+    s.detail = detail + dateRangeSummary(s);
+    return s;
+}
+
+ScanResult scan(const std::string& folder, DateOrder order, const std::string& zone,
+                bool recognizeText, const Progress& progress) {
+    ScanContext ctx;
+    ctx.folder = fs::absolute(folder).lexically_normal().string();
+    while (ctx.folder.size() > 1 && ctx.folder.back() == '/')
+        ctx.folder.pop_back();
+    ctx.order = order;
+    ctx.zone = zone;
+    ctx.recognizeText = recognizeText;
+    ctx.files = listFiles(ctx.folder);
+    if (ctx.files.size() >= kMaxFiles)
+        ctx.skipped.push_back(
+            SkippedFile{"…", "Only the first " + std::to_string(kMaxFiles) + " files were read."});
+
+    readQuilloryFolders(ctx);
+    for (size_t i = 0; i < ctx.files.size(); ++i) {
+        const std::string& path = ctx.files[i];
+        if (!ctx.consumed.count(path)) route(ctx, path);
+        if (progress) progress(i + 1, ctx.files.size());
+    }
+
+    addMediaGroup(ctx.sources, ctx.photos,
+                  {SourceKind::photos, "photos", "Photos", "photo", "photos"});
+    addMediaGroup(
+        ctx.sources, ctx.screenshots,
+        {SourceKind::screenshots, "screenshots", "Screenshots", "screenshot", "screenshots"});
+    addMediaGroup(ctx.sources, ctx.videos,
+                  {SourceKind::videos, "videos", "Videos", "video", "videos"});
+    addMediaGroup(ctx.sources, ctx.documents,
+                  {SourceKind::documents, "documents", "Documents", "document", "documents"});
+    addMediaGroup(ctx.sources, ctx.emails,
+                  {SourceKind::emails, "emails", "Emails", "email", "emails"});
+
+    sortSources(ctx.sources);
+    sortSkipped(ctx.skipped);
+    return ScanResult{ctx.folder, std::move(ctx.sources), std::move(ctx.skipped)};
+}
+
+}  // namespace kinfolio::Scanner
