@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "model/settings.h"
+#include "model/source.h"
+
+namespace kinfolio {
+
+// Everything one export needs: the chosen items in layout order, the
+// settings, every source file by id, and the number of conversations.
+struct ExportInput {
+    std::vector<Evidence> items;
+    Settings settings;
+    std::map<std::string, FileRecord> files;
+    int conversationCount = 0;
+};
+
+struct Output {
+    std::string data;  // the complete PDF
+    int pageCount = 0;
+};
+
+namespace PDFExporter {
+
+// The finished PDF. Throws EvidenceError ("Nothing is selected.", "The source
+// file for an item is missing. Scan the folder again.", "Could not create the PDF.").
+Output make(const ExportInput& input);
+
+// Parts of at most maxBytes each (a lone page may be larger), in page order.
+// Throws EvidenceError ("Could not reopen the PDF to split it.").
+std::vector<std::string> split(const std::string& data, int64_t maxBytes);
+
+}  // namespace PDFExporter
+}  // namespace kinfolio
