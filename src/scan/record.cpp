@@ -46,7 +46,15 @@ std::optional<Record> ScanContext::record(const std::string& path) {
         return std::nullopt;
     }
     FileRecord file{shown, hash, static_cast<int64_t>(data->size())};
+    recordedPaths[path] = file;
     return Record{path, std::move(file), std::move(*data)};
+}
+
+std::optional<FileRecord> ScanContext::recordAttachment(const std::string& path) {
+    if (auto it = recordedPaths.find(path); it != recordedPaths.end()) return it->second;
+    auto r = record(path);
+    if (!r) return std::nullopt;
+    return r->file;
 }
 
 std::optional<std::string> decodeText(std::string_view bytes) {

@@ -40,6 +40,7 @@ struct ScanContext {
     std::vector<SkippedFile> skipped;
     std::map<std::string, std::string> firstPathOfHash;
     std::set<std::string> consumed;  // absolute paths claimed by another file's import
+    std::map<std::string, FileRecord> recordedPaths;
 
     MediaGroup photos, screenshots, videos, documents, emails;
 
@@ -49,6 +50,9 @@ struct ScanContext {
     // The record step: read, hash, and drop byte-identical copies. On failure
     // the file is skipped with its reason and none is returned.
     std::optional<Record> record(const std::string& path);
+    // The record of an attached file. A file attached twice (or to two chats)
+    // keeps its first record instead of being listed as its own duplicate.
+    std::optional<FileRecord> recordAttachment(const std::string& path);
 };
 
 // The text of a text file: UTF-8, else UTF-16; none in any other encoding.

@@ -1,0 +1,76 @@
+#include "scan/attach.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+
+#include "model/text.h"
+
+namespace kinfolio::Scanner {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::array<std::string_view, 9> kImageTypes = {"jpg", "jpeg", "heic", "heif", "png",
+                                                         "gif", "tif",  "tiff", "webp"};
+constexpr std::array<std::string_view, 5> kVideoTypes = {"mov", "mp4", "m4v", "3gp", "avi"};
+
+std::string extensionOf(const std::string& path) {
+    std::string ext = fs::path(path).extension().string();
+    return asciiLower(ext.empty() ? ext : ext.substr(1));
+}
+
+bool isRegularFile(const std::string& path) {
+    struct stat st {};
+    return ::lstat(path.c_str(), &st) == 0 && S_ISREG(st.st_mode);
+}
+
+}  // namespace
+
+bool isImageType(const std::string& path) {
+    auto ext = extensionOf(path);
+    return std::find(kImageTypes.begin(), kImageTypes.end(), ext) != kImageTypes.end();
+}
+
+bool isVideoType(const std::string& path) {
+    auto ext = extensionOf(path);
+    return std::find(kVideoTypes.begin(), kVideoTypes.end(), ext) != kVideoTypes.end();
+}
+
+void attach(std::vector<Evidence>& items, const Resolver& resolve, ScanContext& ctx,
+            std::vector<FileRecord>& files) {
+    for (auto& item : items) {
+        if (!item.attachmentName) continue;
+        auto found = resolve(*item.attachmentName);
+        if (!found || !isRegularFile(*found)) continue;
+        std::string path = fs::path(*found).lexically_normal().string();
+        ctx.consumed.insert(path);
+        if (!isImageType(path)) continue;
+        auto record = ctx.recordAttachment(path);
+        if (!record) continue;
+        if (std::find(files.begin(), files.end(), *record) == files.end()) files.push_back(*record);
+        item.imageURL = path;
+        item.attachmentID = record->sha256;
+    }
+}
+
+std::optional<std::string> resolveUpward(const ScanContext& ctx, const std::string& start,
+                                         const std::string& relative) {
+    fs::path rel = fs::path(relative).lexically_normal();
+    if (relative.empty() || rel.is_absolute()) return std::nullopt;
+    fs::path dir = fs::path(start).lexically_normal();
+    std::string root = ctx.folder;
+    while (true) {
+        std::string candidate = (dir / rel).lexically_normal().string();
+        // Never outside the materials folder, whatever "../" the name holds.
+        if (startsWith(candidate, root + "/") && isRegularFile(candidate)) return candidate;
+        if (dir.string() == root || dir.string().size() <= root.size() || !dir.has_parent_path())
+            return std::nullopt;
+        dir = dir.parent_path();
+    }
+}
+
+}  // namespace kinfolio::Scanner
