@@ -1,0 +1,122 @@
+#include "model/settings.h"
+
+#include <gtest/gtest.h>
+
+#include "importers/dates.h"
+
+namespace kinfolio {
+namespace {
+
+TEST(Settings, DefaultsAreWhatAFirstStartShows) {
+    Settings s = Settings::defaults();
+    EXPECT_EQ(s.title, "Relationship evidence");
+    EXPECT_EQ(s.messagesPerMonth, 5);
+    EXPECT_EQ(s.photosPerMonth, 0);
+    EXPECT_EQ(s.paper, PaperSize::a4);
+    EXPECT_EQ(s.arrangement, Arrangement::byDate);
+    EXPECT_EQ(s.maxFileMB, 0);
+    EXPECT_EQ(s.dateOrder, DateOrder::automatic);
+    EXPECT_EQ(s.timeZoneID, currentTimeZoneID());
+    EXPECT_FALSE(s.limitDates);
+    EXPECT_NEAR(s.rangeStart, now(), 5);
+}
+
+TEST(Settings, EncodesEveryKeyInFieldOrder) {
+    Json j = encode(Settings::defaults());
+    std::vector<std::string> keys;
+    for (const auto& [k, v] : j.items())
+        keys.push_back(k);
+    EXPECT_EQ(keys, (std::vector<std::string>{
+                        "title", "applicant", "partner", "reference", "ownerName", "limitDates",
+                        "rangeStart", "rangeEnd", "messagesPerMonth", "photosPerMonth",
+                        "hiddenText", "paper", "arrangement", "maxFileMB", "dateOrder",
+                        "timeZoneID", "excludedSources", "excludedItems", "addedItems"}));
+    EXPECT_EQ(j["paper"], "a4");
+    EXPECT_EQ(j["arrangement"], "byDate");
+    EXPECT_TRUE(j["rangeStart"].is_number_float());
+}
+
+TEST(Settings, RoundTripsThroughJson) {
+    Settings s = Settings::defaults();
+    s.applicant = "Sam Lee";
+    s.rangeStart = *Importer::makeDate(2024, 3, 1);
+    s.paper = PaperSize::letter;
+    s.arrangement = Arrangement::byType;
+    s.dateOrder = DateOrder::monthFirst;
+    s.excludedSources = {"abc", "def#2"};
+    s.addedItems = {"f:3"};
+    s.hiddenText = "Sam\nstreet name";
+    auto back = decode(Json::parse(encode(s).dump()));
+    ASSERT_TRUE(back.has_value());
+    EXPECT_EQ(*back, s);
+}
+
+TEST(Settings, StrictDecodingDiscardsAValueWithAMissingOrMistypedKey) {
+    Json full = encode(Settings::defaults());
+    Json missing = full;
+    missing.erase("addedItems");
+    EXPECT_FALSE(decode(missing).has_value());
+    Json wrongType = full;
+    wrongType["messagesPerMonth"] = "5";
+    EXPECT_FALSE(decode(wrongType).has_value());
+    Json wrongEnum = full;
+    wrongEnum["paper"] = "A5";
+    EXPECT_FALSE(decode(wrongEnum).has_value());
+    Json wrongSet = full;
+    wrongSet["excludedItems"] = Json::array({1, 2});
+    EXPECT_FALSE(decode(wrongSet).has_value());
+    EXPECT_FALSE(decode(Json::array()).has_value());
+}
+
+TEST(Settings, PartialSettingsApplyOverTheBaseAndNameTheBadKey) {
+    Settings s = applyPartial(Settings::defaults(),
+                              Json::parse(R"({"paper": "letter", "messagesPerMonth": 3})"));
+    EXPECT_EQ(s.paper, PaperSize::letter);
+    EXPECT_EQ(s.messagesPerMonth, 3);
+    EXPECT_EQ(s.title, "Relationship evidence");
+    try {
+        applyPartial(s, Json::parse(R"({"colour": "blue"})"));
+        FAIL();
+    } catch (const EvidenceError& e) {
+        EXPECT_STREQ(e.what(), "There is no setting called \u201ccolour\u201d.");
+    }
+    try {
+        applyPartial(s, Json::parse(R"({"limitDates": "yes"})"));
+        FAIL();
+    } catch (const EvidenceError& e) {
+        EXPECT_STREQ(e.what(), "The setting \u201climitDates\u201d must be true or false.");
+    }
+}
+
+TEST(Settings, SetFieldReadsScalarsFromText) {
+    Settings s = Settings::defaults();
+    setField(s, "rangeStart", "2025-01-31");
+    EXPECT_EQ(Importer::format(s.rangeStart, "yyyy-MM-dd HH:mm"), "2025-01-31 00:00");
+    setField(s, "limitDates", "true");
+    EXPECT_TRUE(s.limitDates);
+    setField(s, "maxFileMB", "10");
+    EXPECT_EQ(s.maxFileMB, 10);
+    setField(s, "dateOrder", "dayFirst");
+    EXPECT_EQ(s.dateOrder, DateOrder::dayFirst);
+    setField(s, "ownerName", "Alex: Morgan");
+    EXPECT_EQ(s.ownerName, "Alex: Morgan");
+    EXPECT_THROW(setField(s, "rangeEnd", "31/01/2025"), EvidenceError);
+    EXPECT_THROW(setField(s, "maxFileMB", "-1"), EvidenceError);
+    EXPECT_THROW(setField(s, "maxFileMB", "10MB"), EvidenceError);
+    EXPECT_THROW(setField(s, "excludedItems", "a"), EvidenceError);
+    EXPECT_THROW(setField(s, "nope", "a"), EvidenceError);
+}
+
+TEST(Settings, PaperSizesAndDisplayNames) {
+    EXPECT_EQ(pageSize(PaperSize::a4).width, 595);
+    EXPECT_EQ(pageSize(PaperSize::a4).height, 842);
+    EXPECT_EQ(pageSize(PaperSize::letter).width, 612);
+    EXPECT_EQ(pageSize(PaperSize::letter).height, 792);
+    EXPECT_EQ(displayName(PaperSize::letter), "US Letter");
+    EXPECT_EQ(displayName(Arrangement::byType), "Type of evidence");
+    EXPECT_EQ(displayName(DateOrder::dayFirst), "Day / Month");
+    EXPECT_EQ(dateOrderFromRaw("monthFirst"), DateOrder::monthFirst);
+}
+
+}  // namespace
+}  // namespace kinfolio

@@ -1,0 +1,170 @@
+#include "scan/scanner.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "importers/dates.h"
+#include "support/temp_dir.h"
+
+namespace kinfolio::Scanner {
+namespace {
+
+using testing::TempDir;
+
+std::vector<std::string> relative(const TempDir& dir, const std::vector<std::string>& paths) {
+    std::vector<std::string> out;
+    for (const auto& p : paths)
+        out.push_back(p.substr(dir.path().size() + 1));
+    return out;
+}
+
+TEST(ListFiles, SkipsHiddenEntriesAndNeverFollowsLinks) {
+    TempDir dir;
+    dir.write("a.txt", "x");
+    dir.write(".hidden.txt", "x");
+    dir.write(".git/config", "x");
+    dir.write("sub/.DS_Store", "x");
+    dir.write("sub/b.txt", "x");
+    TempDir outside;
+    outside.write("secret.txt", "x");
+    ASSERT_EQ(
+        ::symlink((outside.path() + "/secret.txt").c_str(), (dir.path() + "/link.txt").c_str()), 0);
+    ASSERT_EQ(::symlink(outside.path().c_str(), (dir.path() + "/linked-folder").c_str()), 0);
+    EXPECT_EQ(relative(dir, listFiles(dir.path())),
+              (std::vector<std::string>{"a.txt", "sub/b.txt"}));
+}
+
+TEST(ListFiles, SortsLikeTheFileManager) {
+    TempDir dir;
+    for (const char* name : {"IMG_10.jpg", "img_2.jpg", "B.txt", "a.txt", "IMG_1.jpg", "z/c.txt"})
+        dir.write(name, "x");
+    EXPECT_EQ(relative(dir, listFiles(dir.path() + "/")),
+              (std::vector<std::string>{"a.txt", "B.txt", "IMG_1.jpg", "img_2.jpg", "IMG_10.jpg",
+                                        "z/c.txt"}));
+}
+
+TEST(Scan, StopsAtTheFileLimitAndSaysSo) {
+    TempDir dir;
+    for (size_t i = 0; i <= kMaxFiles; ++i)
+        dir.write("f" + std::to_string(i) + ".docx", "");
+    EXPECT_EQ(listFiles(dir.path()).size(), kMaxFiles);
+    ScanResult r = scan(dir.path(), DateOrder::automatic, "UTC");
+    ASSERT_FALSE(r.skipped.empty());
+    EXPECT_EQ(r.skipped.back().path, "…");  // sorts after every ASCII path
+    EXPECT_EQ(r.skipped.back().reason, "Only the first 20000 files were read.");
+}
+
+// A folder of files Kinfolio cannot use: each must come back with the reason
+// that tells the user what to do, sorted by path, the hidden ones never listed.
+TEST(Scan, GivesEachUnusableFileItsReason) {
+    TempDir dir;
+    const std::string telegramHtml =
+        "<!DOCTYPE html><html><head><title>Exported Data</title></head><body>"
+        "<div class=\"page_header\">Telegram</div></body></html>";
+    dir.write(".hidden.txt", "[05/01/2025, 09:00:00] A: hi\n");
+    dir.write(".private/chat.txt", "x");
+    dir.write("notes.docx", "PK\x03\x04");
+    dir.write("a/ChatExport.html", telegramHtml);
+    dir.write("b/ChatExport-copy.html", telegramHtml);
+    dir.write("inbox/message_1.html", "<html><body>Messages</body></html>");
+    dir.write("page.html", "<html><body>My holiday page</body></html>");
+    dir.write("data.json", R"({"name": "something else", "items": []})");
+    dir.write("notes.txt", "Shopping list\nmilk\neggs\n");
+    dir.write("utf16.txt", std::string("\xFF\xFEh\0i\0\n\0", 8));
+    dir.write("binary.txt", std::string("\xFF\xFE\x00\xD8\x41\x00\xC3\x28", 8));
+    dir.write("list.csv", "name,amount\nmilk,2\n");
+    std::string before = testing::folderFingerprint(dir.path());
+
+    ScanResult r = scan(dir.path(), DateOrder::automatic, "UTC");
+
+    EXPECT_TRUE(r.sources.empty());
+    std::vector<SkippedFile> expected = {
+        {"a/ChatExport.html",
+         "Telegram HTML export. Export the chat again and choose \u201cMachine-readable "
+         "JSON\u201d."},
+        {"b/ChatExport-copy.html", "Same file as a/ChatExport.html."},
+        {"binary.txt", "Text file in an unknown encoding."},
+        {"data.json", "Data file that is not a Telegram, Messenger or Instagram export."},
+        {"inbox/message_1.html",
+         "Messenger/Instagram HTML download. Request it again and choose the JSON format."},
+        {"list.csv", "Spreadsheet without date, sender and text columns."},
+        {"notes.docx", "Not a file type Kinfolio reads."},
+        {"notes.txt", "Text file that is not a chat export."},
+        {"page.html", "Web page; Kinfolio does not read HTML."},
+        {"utf16.txt", "Text file that is not a chat export."},
+    };
+    EXPECT_EQ(r.skipped, expected);
+    EXPECT_EQ(r.folder, dir.path());
+    EXPECT_EQ(testing::folderFingerprint(dir.path()), before);
+}
+
+TEST(Scan, AnEmptyFolderGivesNothing) {
+    TempDir dir;
+    ScanResult r = scan(dir.path(), DateOrder::automatic, "UTC");
+    EXPECT_TRUE(r.sources.empty());
+    EXPECT_TRUE(r.skipped.empty());
+}
+
+TEST(Scan, ReportsProgressForEveryListedFile) {
+    TempDir dir;
+    dir.write("a.docx", "");
+    dir.write("b.docx", "");
+    std::vector<std::pair<size_t, size_t>> calls;
+    scan(dir.path(), DateOrder::automatic, "UTC", false,
+         [&](size_t done, size_t total) { calls.emplace_back(done, total); });
+    EXPECT_EQ(calls, (std::vector<std::pair<size_t, size_t>>{{1, 2}, {2, 2}}));
+}
+
+TEST(Sha256, MatchesKnownDigests) {
+    EXPECT_EQ(sha256Hex(""), "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855");
+    EXPECT_EQ(sha256Hex("abc"), "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
+}
+
+Evidence item(ItemKind kind, std::string sender, int day) {
+    Evidence e;
+    e.kind = kind;
+    e.sender = std::move(sender);
+    e.date = *Importer::makeDate(2025, 1, day);
+    return e;
+}
+
+TEST(ChatSource, DetailCountsMessagesWithASenderAndCalls) {
+    FileRecord file{"chat.txt", "abc", 10};
+    Source s = chatSource(SourceKind::whatsapp, file, {},
+                          {item(ItemKind::call, "Sam", 3), item(ItemKind::message, "Sam", 2),
+                           item(ItemKind::message, "", 1)},
+                          "Sam", {"note"});
+    EXPECT_EQ(s.id, "abc");
+    EXPECT_EQ(s.detail, "WhatsApp · 1 message · 1 call · Jan 2025");
+    EXPECT_EQ(s.notes, std::vector<std::string>{"note"});
+    // Items come out in date order.
+    EXPECT_EQ(s.items.front().sender, "");
+    EXPECT_EQ(s.items.back().kind, ItemKind::call);
+
+    Source csv = chatSource(SourceKind::chatCSV, file, {{"p.jpg", "def", 3}},
+                            {item(ItemKind::message, "A", 1), item(ItemKind::message, "B", 1),
+                             item(ItemKind::call, "A", 1), item(ItemKind::call, "A", 1)},
+                            "chat", {});
+    EXPECT_EQ(csv.detail, "2 messages · 2 calls · Jan 2025");
+    ASSERT_EQ(csv.files.size(), 2u);
+    EXPECT_EQ(csv.files[0].path, "chat.txt");
+}
+
+TEST(ChatSource, NamesFallBackToTheFirstTwoSenders) {
+    FileRecord file{"x", "h", 1};
+    std::vector<Evidence> items = {item(ItemKind::message, "Sam Lee", 1),
+                                   item(ItemKind::message, "Alex Morgan", 2),
+                                   item(ItemKind::message, "Jo", 3)};
+    for (const char* name : {"messages", "MESSAGES", "_chat", ""})
+        EXPECT_EQ(chatSource(SourceKind::line, file, {}, items, name, {}).name,
+                  "Sam Lee & Alex Morgan")
+            << name;
+    EXPECT_EQ(chatSource(SourceKind::line, file, {}, {items[0]}, "_chat", {}).name, "Sam Lee");
+    EXPECT_EQ(chatSource(SourceKind::line, file, {}, {}, "_chat", {}).name, "");
+    EXPECT_EQ(chatSource(SourceKind::line, file, {}, items, "Trip chat", {}).name, "Trip chat");
+}
+
+}  // namespace
+}  // namespace kinfolio::Scanner
