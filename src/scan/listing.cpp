@@ -19,22 +19,26 @@ namespace {
 void walk(const std::string& dir, std::vector<std::string>& out) {
     DIR* d = ::opendir(dir.c_str());
     if (!d) return;
-    std::vector<std::string> names;
+    std::vector<std::pair<std::string, unsigned char>> entries;
     while (dirent* e = ::readdir(d)) {
         if (e->d_name[0] == '.') continue;  // hidden, and "." and ".."
-        names.emplace_back(e->d_name);
+        entries.emplace_back(e->d_name, e->d_type);
     }
     ::closedir(d);
-    std::sort(names.begin(), names.end());
-    for (const auto& name : names) {
+    std::sort(entries.begin(), entries.end());
+    for (auto& [name, type] : entries) {
         if (out.size() >= kMaxFiles) return;
         std::string path = dir + "/" + name;
-        struct stat st {};
-        // lstat: a symbolic link is neither a regular file nor a folder here.
-        if (::lstat(path.c_str(), &st) != 0) continue;
-        if (S_ISDIR(st.st_mode))
+        if (type == DT_UNKNOWN) {
+            // Some file systems do not say; ask without following a link.
+            struct stat st {};
+            if (::lstat(path.c_str(), &st) != 0) continue;
+            type = S_ISDIR(st.st_mode) ? DT_DIR : S_ISREG(st.st_mode) ? DT_REG : DT_LNK;
+        }
+        // A symbolic link is neither a regular file nor a folder here.
+        if (type == DT_DIR)
             walk(path, out);
-        else if (S_ISREG(st.st_mode))
+        else if (type == DT_REG)
             out.push_back(std::move(path));
     }
 }
