@@ -72,6 +72,16 @@ void BM_Proposed(benchmark::State& state) {
 }
 BENCHMARK(BM_Proposed)->Apply(sizes);
 
+// The item list's candidates: a copy of every item in range.
+void BM_Candidates(benchmark::State& state) {
+    const ScanResult& scan = syntheticScan(state.range(0));
+    Settings settings = benchSettings();
+    for (auto _ : state)
+        benchmark::DoNotOptimize(Selection::candidates(scan, settings));
+    state.SetComplexityN(state.range(0));
+}
+BENCHMARK(BM_Candidates)->Apply(sizes);
+
 // Everything the window recomputes after a change: the selection and its
 // coverage texts.
 void BM_SelectedWithCoverage(benchmark::State& state) {

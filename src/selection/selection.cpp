@@ -1,8 +1,8 @@
 #include "selection/selection.h"
 
 #include <charconv>
-#include <functional>
 #include <string_view>
+#include <unordered_map>
 #include <unordered_set>
 
 #include "importers/dates.h"
@@ -14,31 +14,40 @@ namespace {
 
 constexpr double kDay = 86400.0;
 
-// An item's id without building its text: a scan of a million items would
-// otherwise make a million strings just to look them up.
-struct ItemKey {
-    std::string_view fileID;
-    int64_t position = 0;
-    bool operator==(const ItemKey&) const = default;
-};
-
-struct ItemKeyHash {
-    size_t operator()(const ItemKey& k) const {
-        return std::hash<std::string_view>{}(k.fileID) ^
-               (static_cast<size_t>(k.position) * 0x9E3779B97F4A7C15ull);
+// Ids as positions per file, so that looking an item up never builds its id
+// text: a scan of a million items would otherwise make a million strings.
+// Consecutive items nearly always share their file, so the last file's
+// positions are kept at hand and a lookup is one comparison and one integer
+// hash.
+class IdIndex {
+public:
+    void insert(std::string_view fileID, int64_t position) {
+        byFile_[fileID].insert(position);
+        hasLast_ = false;
     }
+
+    bool contains(const Evidence& item) {
+        if (byFile_.empty()) return false;
+        if (!hasLast_ || item.fileID != lastFileID_) {
+            auto found = byFile_.find(item.fileID);
+            lastPositions_ = found == byFile_.end() ? nullptr : &found->second;
+            lastFileID_ = item.fileID;
+            hasLast_ = true;
+        }
+        return lastPositions_ && lastPositions_->contains(item.position);
+    }
+
+private:
+    std::unordered_map<std::string_view, std::unordered_set<int64_t>> byFile_;
+    bool hasLast_ = false;
+    std::string_view lastFileID_;
+    const std::unordered_set<int64_t>* lastPositions_ = nullptr;
 };
 
-using KeySet = std::unordered_set<ItemKey, ItemKeyHash>;
-
-ItemKey keyOf(const Evidence& item) {
-    return {item.fileID, item.position};
-}
-
-// Ids in the settings as keys. An id whose number is not written the way an
+// The ids of the settings. An id whose number is not written the way an
 // item's id writes it names no item and is left out.
-KeySet keysOf(const IdSet& ids) {
-    KeySet keys;
+IdIndex indexOf(const IdSet& ids) {
+    IdIndex index;
     for (const auto& id : ids) {
         size_t colon = id.rfind(':');
         if (colon == std::string::npos) continue;
@@ -48,9 +57,9 @@ KeySet keysOf(const IdSet& ids) {
         if (error != std::errc() || end != number.data() + number.size() ||
             std::to_string(position) != number)
             continue;
-        keys.insert({std::string_view(id).substr(0, colon), position});
+        index.insert(std::string_view(id).substr(0, colon), position);
     }
-    return keys;
+    return index;
 }
 
 bool isIncluded(const Source& source, const Settings& settings) {
@@ -142,20 +151,18 @@ IdSet proposed(const ScanResult& scan, const Settings& settings) {
 }
 
 std::vector<Evidence> selected(const ScanResult& scan, const Settings& settings) {
-    KeySet proposal;
+    IdIndex proposal;
     for (const Evidence* item : proposedItems(scan, settings))
-        proposal.insert(keyOf(*item));
-    KeySet added = keysOf(settings.addedItems);
-    KeySet excluded = keysOf(settings.excludedItems);
+        proposal.insert(item->fileID, item->position);
+    IdIndex added = indexOf(settings.addedItems);
+    IdIndex excluded = indexOf(settings.excludedItems);
     std::vector<Evidence> kept;
     for (const auto& source : scan.sources) {
         if (!isIncluded(source, settings)) continue;
-        for (const auto& item : source.items) {
-            ItemKey key = keyOf(item);
-            if ((proposal.contains(key) || added.contains(key)) && !excluded.contains(key) &&
+        for (const auto& item : source.items)
+            if ((proposal.contains(item) || added.contains(item)) && !excluded.contains(item) &&
                 inRange(item, settings))
                 kept.push_back(item);
-        }
     }
     sortByDateFileAndPosition(kept);
     return kept;
