@@ -33,15 +33,7 @@ void printScan(std::ostream& out, const ScanResult& scan) {
 int runScan(Invocation& inv) {
     std::string folder;
     if (!takeFolder(inv, folder)) return 2;
-    Scanner::Progress progress;
-    if (inv.showProgress)
-        progress = [&](size_t done, size_t total) {
-            if (done == total || done % 50 == 0)
-                inv.err << "\rReading files: " << done << " of " << total
-                        << (done == total ? "\n" : "") << std::flush;
-        };
-    ScanResult scan =
-        Scanner::scan(folder, inv.settings.dateOrder, inv.settings.timeZoneID, false, progress);
+    ScanResult scan = scanFolder(inv, folder);
     if (inv.json)
         inv.out << toJson(scan).dump(2) << "\n";
     else
@@ -50,6 +42,17 @@ int runScan(Invocation& inv) {
 }
 
 }  // namespace
+
+ScanResult scanFolder(Invocation& inv, const std::string& folder) {
+    Scanner::Progress progress;
+    if (inv.showProgress)
+        progress = [&](size_t done, size_t total) {
+            if (done == total || done % 50 == 0)
+                inv.err << "\rReading files: " << done << " of " << total
+                        << (done == total ? "\n" : "") << std::flush;
+        };
+    return Scanner::scan(folder, inv.settings.dateOrder, inv.settings.timeZoneID, false, progress);
+}
 
 bool takeFolder(Invocation& inv, std::string& folder) {
     if (inv.arguments.size() != 1) {

@@ -20,6 +20,10 @@ bool inRange(const Evidence& item, const Settings& settings);
 // Every item of every source that is not left out, within the date range.
 std::vector<Evidence> candidates(const ScanResult& scan, const Settings& settings);
 
+// The written month of a date as year × 12 + month − 1: the same grouping and
+// order as the "yyyy-MM" month key, from arithmetic instead of formatting.
+int monthIndex(Instant date);
+
 // Up to perMonth evenly spaced items of every calendar month.
 IdSet sample(const std::vector<Evidence>& items, int perMonth);
 
@@ -33,8 +37,11 @@ IdSet proposed(const ScanResult& scan, const Settings& settings);
 // ordered by date, file and position: what the layout receives.
 std::vector<Evidence> selected(const ScanResult& scan, const Settings& settings);
 
-// A user's tick on an item, recorded as a change to the settings.
+// A user's tick on an item, recorded as a change to the settings. `proposal`
+// is the current proposal (empty when nothing has been scanned).
 void setSelected(Settings& settings, const IdSet& proposal, const std::string& itemID, bool on);
+// "Back to Automatic Choice": forgets every tick, so the proposal stands.
+void backToAutomaticChoice(Settings& settings);
 
 // Items the export will contain: selected items that are not system lines.
 int exportCount(const std::vector<Evidence>& selected);

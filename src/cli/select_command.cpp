@@ -1,0 +1,77 @@
+#include "cli/commands.h"
+#include "importers/dates.h"
+#include "model/text.h"
+#include "selection/selection.h"
+
+namespace kinfolio::cli {
+
+namespace {
+
+constexpr size_t kTextPreview = 60;  // characters, not bytes
+
+// One line per item: a message's line breaks would split it.
+std::string itemLine(const Evidence& item) {
+    std::string text = replaceAll(replaceAll(item.text, "\r\n", " "), "\n", " ");
+    text = replaceAll(text, "\r", " ");
+    std::string line =
+        Importer::format(item.date, "yyyy-MM-dd HH:mm") + "  " +
+        (item.sender.empty() ? "(" + std::string(rawValue(item.kind)) + ")" : item.sender);
+    if (!text.empty()) line += "  " + prefixCodePoints(text, kTextPreview);
+    return line;
+}
+
+int runSelect(Invocation& inv) {
+    std::string folder;
+    if (!takeFolder(inv, folder)) return 2;
+    ScanResult scan = scanFolder(inv, folder);
+    if (inv.json)
+        inv.out << selectionJson(scan, inv.settings).dump(2) << "\n";
+    else
+        printSelection(inv.out, scan, inv.settings);
+    return 0;
+}
+
+}  // namespace
+
+Json selectionJson(const ScanResult& scan, const Settings& settings) {
+    std::vector<Evidence> chosen = Selection::selected(scan, settings);
+    Json ids = Json::array();
+    for (const auto& item : chosen)
+        ids.push_back(item.id());
+    Json j = Json::object();
+    j["candidates"] = Selection::candidates(scan, settings).size();
+    j["selected"] = std::move(ids);
+    j["summary"] = Selection::summary(chosen);
+    j["exportCount"] = Selection::exportCount(chosen);
+    j["gapMonths"] = Selection::gapMonths(chosen);
+    j["samplingNote"] = Selection::samplingNote(settings);
+    return j;
+}
+
+void printSelection(std::ostream& out, const ScanResult& scan, const Settings& settings) {
+    std::vector<Evidence> chosen = Selection::selected(scan, settings);
+    int count = Selection::exportCount(chosen);
+    out << Selection::summary(chosen) << "\n"
+        << count << (count == 1 ? " item" : " items") << " in the export.\n";
+    if (std::string gaps = Selection::gapSentence(Selection::gapMonths(chosen)); !gaps.empty())
+        out << gaps << "\n";
+    out << Selection::samplingNote(settings) << "\n";
+    if (!chosen.empty()) out << "\n";
+    for (const auto& item : chosen)
+        out << itemLine(item) << "\n";
+}
+
+Command selectCommand() {
+    return Command{
+        "select", "select FOLDER [--json]",
+        "Read a materials folder and list the items the document would contain.",
+        "Samples every month of every chat and media group as the settings say, applies the\n"
+        "items added and removed by hand, and prints what the selection covers, then each\n"
+        "selected item (date, sender, the start of its text). Nothing in the folder is changed.\n"
+        "  --json   print one JSON object: the number of candidates, the selected item ids\n"
+        "           in document order, the summary, the export count, the months without\n"
+        "           anything selected and the sampling note\n",
+        runSelect};
+}
+
+}  // namespace kinfolio::cli

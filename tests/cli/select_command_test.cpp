@@ -1,0 +1,150 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <sstream>
+
+#include "cli/cli.h"
+#include "cli/commands.h"
+#include "selection/items.h"
+#include "selection/selection.h"
+
+namespace kinfolio {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace testing;
+
+// A materials folder of files the scan reads as nothing, and a settings file
+// beside it (never inside the materials).
+class SelectCommand : public ::testing::Test {
+protected:
+    void SetUp() override {
+        std::random_device seed;
+        root = fs::temp_directory_path() / ("kinfolio-select-" + std::to_string(seed()));
+        materials = root / "materials";
+        fs::create_directories(materials / "notes");
+        write(materials / "notes" / "shopping.txt", "milk\neggs\n");
+        write(materials / "readme.xyz", "nothing to see");
+        settingsFile = root / "settings.json";
+        write(settingsFile, R"({"messagesPerMonth": 3, "photosPerMonth": 2})");
+    }
+    void TearDown() override { fs::remove_all(root); }
+
+    static void write(const fs::path& path, const std::string& text) {
+        std::ofstream(path, std::ios::binary) << text;
+    }
+
+    int run(std::vector<std::string> args) {
+        out.str("");
+        err.str("");
+        return cli::run(args, out, err);
+    }
+
+    fs::path root, materials, settingsFile;
+    std::ostringstream out, err;
+};
+
+TEST_F(SelectCommand, JsonOfAFolderWithNothingReadable) {
+    ASSERT_EQ(run({"select", materials.string(), "--json", "--settings", settingsFile.string()}), 0)
+        << err.str();
+    Json j = Json::parse(out.str());
+    std::vector<std::string> keys;
+    for (const auto& [key, value] : j.items())
+        keys.push_back(key);
+    EXPECT_EQ(keys, (std::vector<std::string>{"candidates", "selected", "summary", "exportCount",
+                                              "gapMonths", "samplingNote"}));
+    EXPECT_EQ(j["candidates"], 0);
+    EXPECT_EQ(j["selected"], Json::array());
+    EXPECT_EQ(j["summary"], "Nothing");
+    EXPECT_EQ(j["exportCount"], 0);
+    EXPECT_EQ(j["gapMonths"], Json::array());
+    Settings settings;
+    settings.messagesPerMonth = 3;
+    settings.photosPerMonth = 2;
+    EXPECT_EQ(j["samplingNote"], Selection::samplingNote(settings));
+}
+
+TEST_F(SelectCommand, SetChangesTheSamplingNote) {
+    ASSERT_EQ(run({"select", materials.string(), "--json", "--settings", settingsFile.string(),
+                   "--set", "messagesPerMonth=0"}),
+              0)
+        << err.str();
+    EXPECT_NE(Json::parse(out.str())["samplingNote"].get<std::string>().find(
+                  "All messages and calls in the chosen period are included."),
+              std::string::npos);
+}
+
+TEST_F(SelectCommand, TextOfAFolderWithNothingReadable) {
+    ASSERT_EQ(run({"select", materials.string(), "--settings", settingsFile.string()}), 0);
+    Settings settings;
+    settings.messagesPerMonth = 3;
+    settings.photosPerMonth = 2;
+    EXPECT_EQ(out.str(),
+              "Nothing\n0 items in the export.\n" + Selection::samplingNote(settings) + "\n");
+}
+
+TEST_F(SelectCommand, RefusesAMissingFolder) {
+    EXPECT_EQ(run({"select", (root / "absent").string(), "--settings", settingsFile.string()}), 2);
+    EXPECT_NE(err.str().find("is not a folder."), std::string::npos);
+    EXPECT_EQ(run({"select", "--settings", settingsFile.string()}), 2);
+    EXPECT_TRUE(out.str().empty());
+}
+
+TEST_F(SelectCommand, IsListedInTheHelp) {
+    ASSERT_EQ(run({"--help"}), 0);
+    EXPECT_NE(out.str().find("select FOLDER [--json]"), std::string::npos);
+}
+
+ScanResult chatAndPhotos() {
+    std::string longText;
+    for (int i = 0; i < 30; ++i)
+        longText += "\u00e9\U0001F600";  // two and four bytes: 60 characters, 180 bytes
+    longText += "TAIL";
+    std::vector<Evidence> chat = {message("c", 0, at(2025, 1, 5, 9, 30)),
+                                  message("c", 1, at(2025, 4, 2, 18, 5), "Alex")};
+    chat[0].text = longText;
+    chat[1].text = "line one\nline two\r\nline three";
+    Evidence photo = item(ItemKind::photo, "p", 0, at(2025, 1, 6, 10, 0));
+    photo.text = "";
+    ScanResult scan;
+    scan.sources = {source(SourceKind::whatsapp, "chat", chat),
+                    source(SourceKind::photos, "pics", {photo})};
+    return scan;
+}
+
+TEST(SelectOutput, TextListsCoverageThenOneLinePerItem) {
+    std::ostringstream out;
+    Settings settings;
+    cli::printSelection(out, chatAndPhotos(), settings);
+    std::string sixty;
+    for (int i = 0; i < 30; ++i)
+        sixty += "\u00e9\U0001F600";
+    EXPECT_EQ(out.str(),
+              "2 messages, 1 photo\n"
+              "3 items in the export.\n"
+              "Nothing selected for Feb 2025, Mar 2025. Add material for those months if you have "
+              "it.\n" +
+                  Selection::samplingNote(settings) +
+                  "\n\n"
+                  "2025-01-05 09:30  Sam  " +
+                  sixty +
+                  "\n"
+                  "2025-01-06 10:00  (photo)\n"
+                  "2025-04-02 18:05  Alex  line one line two line three\n");
+}
+
+TEST(SelectOutput, JsonListsIdsInDocumentOrder) {
+    Settings settings;
+    settings.excludedItems = {"p:0"};
+    Json j = cli::selectionJson(chatAndPhotos(), settings);
+    EXPECT_EQ(j["candidates"], 3);
+    EXPECT_EQ(j["selected"], Json::array({"c:0", "c:1"}));
+    EXPECT_EQ(j["summary"], "2 messages");
+    EXPECT_EQ(j["exportCount"], 2);
+    EXPECT_EQ(j["gapMonths"], Json::array({"Feb 2025", "Mar 2025"}));
+}
+
+}  // namespace
+}  // namespace kinfolio

@@ -1,0 +1,399 @@
+#include "selection/selection.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+#include <random>
+
+#include "importers/dates.h"
+#include "selection/items.h"
+
+namespace kinfolio {
+namespace {
+
+using namespace testing;
+using Selection::IdSet;
+
+ScanResult scanOf(std::vector<Source> sources) {
+    ScanResult scan;
+    scan.folder = "/materials";
+    scan.sources = std::move(sources);
+    return scan;
+}
+
+IdSet setOf(const std::vector<Evidence>& items) {
+    auto list = ids(items);
+    return IdSet(list.begin(), list.end());
+}
+
+TEST(InRange, EveryItemWhenTheRangeIsOff) {
+    Settings settings;
+    settings.rangeStart = settings.rangeEnd = at(2025, 1, 1);
+    EXPECT_TRUE(Selection::inRange(message("f", 0, at(1990, 1, 1)), settings));
+}
+
+TEST(InRange, ASingleDayRunsFromMidnightToTheNextMidnight) {
+    Settings settings;
+    settings.limitDates = true;
+    settings.rangeStart = at(2025, 3, 9, 15, 30);  // times of day do not matter
+    settings.rangeEnd = at(2025, 3, 9, 8, 0);
+    auto inRange = [&](Instant t) { return Selection::inRange(message("f", 0, t), settings); };
+    EXPECT_FALSE(inRange(at(2025, 3, 8, 23, 59, 59)));
+    EXPECT_TRUE(inRange(at(2025, 3, 9, 0, 0, 0)));
+    EXPECT_TRUE(inRange(at(2025, 3, 9, 23, 59, 59)));
+    EXPECT_TRUE(inRange(at(2025, 3, 10, 0, 0, 0) - 0.001));
+    EXPECT_FALSE(inRange(at(2025, 3, 10, 0, 0, 0)));
+}
+
+TEST(InRange, TheLastDayIsIncluded) {
+    Settings settings;
+    settings.limitDates = true;
+    settings.rangeStart = at(2025, 1, 1);
+    settings.rangeEnd = at(2025, 1, 31);
+    EXPECT_TRUE(Selection::inRange(message("f", 0, at(2025, 1, 31, 22)), settings));
+    EXPECT_FALSE(Selection::inRange(message("f", 0, at(2025, 2, 1, 0)), settings));
+    EXPECT_FALSE(Selection::inRange(message("f", 0, at(2024, 12, 31, 23)), settings));
+}
+
+TEST(Candidates, KeepsSourceOrderAndDropsExcludedSourcesAndOutOfRangeItems) {
+    ScanResult scan = scanOf({
+        source(SourceKind::whatsapp, "chat", dailyMessages("c", 3, 2025, 1, 30)),
+        source(SourceKind::photos, "pics", {item(ItemKind::photo, "p", 0, at(2025, 1, 31))}),
+        source(SourceKind::emails, "mail", {item(ItemKind::email, "m", 0, at(2025, 1, 30))}),
+    });
+    Settings settings;
+    EXPECT_EQ(ids(Selection::candidates(scan, settings)),
+              (std::vector<std::string>{"c:0", "c:1", "c:2", "p:0", "m:0"}));
+    settings.excludedSources = {"pics"};
+    settings.limitDates = true;
+    settings.rangeStart = settings.rangeEnd = at(2025, 1, 31);
+    EXPECT_EQ(ids(Selection::candidates(scan, settings)), (std::vector<std::string>{"c:1"}));
+}
+
+TEST(Proposed, SamplesEachChatMonthWithContextAndAlwaysTakesCalls) {
+    std::vector<Evidence> chat = dailyMessages("c", 10, 2025, 3);
+    chat.push_back(item(ItemKind::call, "c", 100, at(2025, 3, 4), "Alex"));
+    chat.push_back(item(ItemKind::call, "c", 101, at(2025, 3, 5), ""));
+    ScanResult scan = scanOf({source(SourceKind::telegram, "chat", chat)});
+    Settings settings;
+    settings.messagesPerMonth = 3;
+    // Sampled 0, 5, 9, with their neighbours 1, 4, 6 and 8.
+    EXPECT_EQ(Selection::proposed(scan, settings),
+              (IdSet{"c:0", "c:1", "c:4", "c:5", "c:6", "c:8", "c:9", "c:100", "c:101"}));
+    settings.messagesPerMonth = 1;
+    EXPECT_EQ(Selection::proposed(scan, settings), (IdSet{"c:0", "c:1", "c:100", "c:101"}));
+}
+
+TEST(Proposed, NeverChoosesSystemLinesNotEvenAsContext) {
+    std::vector<Evidence> chat = {
+        message("c", 0, at(2025, 3, 1), ""),     message("c", 1, at(2025, 3, 2)),
+        message("c", 2, at(2025, 3, 3), ""),     message("c", 3, at(2025, 3, 4)),
+        message("c", 4, at(2025, 3, 5), "Alex"), message("c", 5, at(2025, 3, 6), ""),
+    };
+    ScanResult scan = scanOf({source(SourceKind::whatsapp, "chat", chat)});
+    Settings settings;
+    settings.messagesPerMonth = 1;
+    // The sampled list is c:1, c:3, c:4: c:1 is taken, c:3 is its context.
+    EXPECT_EQ(Selection::proposed(scan, settings), (IdSet{"c:1", "c:3"}));
+    settings.messagesPerMonth = 0;
+    EXPECT_EQ(Selection::proposed(scan, settings), (IdSet{"c:1", "c:3", "c:4"}));
+}
+
+TEST(Proposed, ContextComesOnlyFromMessagesInRange) {
+    std::vector<Evidence> chat = dailyMessages("c", 5, 2025, 3, 1);
+    ScanResult scan = scanOf({source(SourceKind::line, "chat", chat)});
+    Settings settings;
+    settings.messagesPerMonth = 1;
+    settings.limitDates = true;
+    settings.rangeStart = at(2025, 3, 3);
+    settings.rangeEnd = at(2025, 3, 5);
+    EXPECT_EQ(Selection::proposed(scan, settings), (IdSet{"c:2", "c:3"}));
+}
+
+TEST(Proposed, EachChatIsSampledByItself) {
+    ScanResult scan = scanOf({
+        source(SourceKind::whatsapp, "one", dailyMessages("a", 4, 2025, 3)),
+        source(SourceKind::messenger, "two", dailyMessages("b", 4, 2025, 3)),
+    });
+    Settings settings;
+    settings.messagesPerMonth = 1;
+    EXPECT_EQ(Selection::proposed(scan, settings), (IdSet{"a:0", "a:1", "b:0", "b:1"}));
+}
+
+TEST(Proposed, MediaSampledPerSourceDocumentsAndEmailsAlwaysIn) {
+    auto media = [](ItemKind kind, const std::string& file) {
+        std::vector<Evidence> items;
+        for (int i = 0; i < 3; ++i)
+            items.push_back(item(kind, file, i, at(2025, 6, 1 + i)));
+        return items;
+    };
+    ScanResult scan = scanOf({
+        source(SourceKind::photos, "p1", media(ItemKind::photo, "p1")),
+        source(SourceKind::photos, "p2", media(ItemKind::photo, "p2")),
+        source(SourceKind::screenshots, "s", media(ItemKind::screenshot, "s")),
+        source(SourceKind::videos, "v", media(ItemKind::video, "v")),
+        source(SourceKind::documents, "d", media(ItemKind::document, "d")),
+        source(SourceKind::emails, "e", media(ItemKind::email, "e")),
+    });
+    Settings settings;
+    settings.messagesPerMonth = 1;
+    settings.photosPerMonth = 1;
+    EXPECT_EQ(Selection::proposed(scan, settings),
+              (IdSet{"p1:0", "p2:0", "s:0", "v:0", "d:0", "d:1", "d:2", "e:0", "e:1", "e:2"}));
+    settings.photosPerMonth = 0;
+    EXPECT_EQ(Selection::proposed(scan, settings), setOf(Selection::candidates(scan, settings)));
+}
+
+TEST(Selected, AddsAndExcludesByHandWithExclusionWinning) {
+    ScanResult scan =
+        scanOf({source(SourceKind::whatsapp, "chat", dailyMessages("c", 10, 2025, 3))});
+    Settings settings;
+    settings.messagesPerMonth = 1;  // proposes c:0 and c:1
+    settings.addedItems = {"c:5", "c:7"};
+    settings.excludedItems = {"c:1", "c:7"};
+    EXPECT_EQ(ids(Selection::selected(scan, settings)), (std::vector<std::string>{"c:0", "c:5"}));
+}
+
+TEST(Selected, ExcludingASourceRemovesEvenItsAddedItems) {
+    ScanResult scan = scanOf({
+        source(SourceKind::whatsapp, "chat", dailyMessages("c", 4, 2025, 3)),
+        source(SourceKind::documents, "docs", {item(ItemKind::document, "d", 0, at(2025, 3, 2))}),
+    });
+    Settings settings;
+    settings.addedItems = {"c:3", "d:0"};
+    settings.excludedSources = {"chat"};
+    EXPECT_TRUE(Selection::proposed(scan, settings) == IdSet{"d:0"});
+    EXPECT_EQ(ids(Selection::candidates(scan, settings)), (std::vector<std::string>{"d:0"}));
+    EXPECT_EQ(ids(Selection::selected(scan, settings)), (std::vector<std::string>{"d:0"}));
+}
+
+TEST(Selected, AddedItemsOutsideTheRangeStayOut) {
+    ScanResult scan =
+        scanOf({source(SourceKind::whatsapp, "chat", dailyMessages("c", 5, 2025, 3))});
+    Settings settings;
+    settings.messagesPerMonth = 1;
+    settings.limitDates = true;
+    settings.rangeStart = at(2025, 3, 1);
+    settings.rangeEnd = at(2025, 3, 2);
+    settings.addedItems = {"c:4"};
+    EXPECT_EQ(ids(Selection::selected(scan, settings)), (std::vector<std::string>{"c:0", "c:1"}));
+}
+
+TEST(Selected, AddedSystemLineIsSelected) {
+    std::vector<Evidence> chat = {message("c", 0, at(2025, 3, 1), ""),
+                                  message("c", 1, at(2025, 3, 2))};
+    ScanResult scan = scanOf({source(SourceKind::whatsapp, "chat", chat)});
+    Settings settings;
+    EXPECT_EQ(ids(Selection::selected(scan, settings)), (std::vector<std::string>{"c:1"}));
+    settings.addedItems = {"c:0"};
+    EXPECT_EQ(ids(Selection::selected(scan, settings)), (std::vector<std::string>{"c:0", "c:1"}));
+}
+
+TEST(Selected, OrdersByDateThenFileThenPosition) {
+    Instant t = at(2025, 4, 1);
+    ScanResult scan = scanOf({
+        source(SourceKind::whatsapp, "z",
+               {message("zz", 5, t), message("zz", 2, t), message("zz", 9, t - 60)}),
+        source(SourceKind::documents, "docs", {item(ItemKind::document, "aa", 1, t)}),
+    });
+    Settings settings;
+    settings.messagesPerMonth = 0;
+    EXPECT_EQ(ids(Selection::selected(scan, settings)),
+              (std::vector<std::string>{"zz:9", "aa:1", "zz:2", "zz:5"}));
+}
+
+TEST(Selected, IdsNotWrittenAsItemIdsNameNothing) {
+    ScanResult scan =
+        scanOf({source(SourceKind::whatsapp, "chat", dailyMessages("c", 5, 2025, 3))});
+    Settings settings;
+    settings.messagesPerMonth = 1;
+    settings.addedItems = {"c:04", "c:+3", "c:3x", "c", ""};
+    settings.excludedItems = {"c:01", "x:c:0"};
+    EXPECT_EQ(ids(Selection::selected(scan, settings)), (std::vector<std::string>{"c:0", "c:1"}));
+}
+
+TEST(SetSelected, TicksBecomeChangesOfTheManualSets) {
+    Settings settings;
+    IdSet proposal = {"c:0", "c:1"};
+    Selection::setSelected(settings, proposal, "c:5", true);
+    EXPECT_EQ(settings.addedItems, IdSet{"c:5"});
+    Selection::setSelected(settings, proposal, "c:0", false);
+    EXPECT_EQ(settings.excludedItems, IdSet{"c:0"});
+    Selection::setSelected(settings, proposal, "c:5", false);
+    EXPECT_TRUE(settings.addedItems.empty());
+    EXPECT_EQ(settings.excludedItems, IdSet{"c:0"});  // c:5 was not proposed
+    Selection::setSelected(settings, proposal, "c:0", true);
+    EXPECT_TRUE(settings.excludedItems.empty());
+    EXPECT_TRUE(settings.addedItems.empty());  // c:0 is proposed
+}
+
+TEST(SetSelected, WithoutAScanTickingOnAddsAndTickingOffOnlyUndoesIt) {
+    Settings settings;
+    settings.excludedItems = {"c:1"};
+    Selection::setSelected(settings, {}, "c:1", true);
+    EXPECT_TRUE(settings.excludedItems.empty());
+    EXPECT_EQ(settings.addedItems, IdSet{"c:1"});
+    Selection::setSelected(settings, {}, "c:2", false);
+    EXPECT_TRUE(settings.excludedItems.empty());
+}
+
+TEST(SetSelected, TheSelectionFollowsTheTicksAndBackToAutomaticRestoresIt) {
+    ScanResult scan =
+        scanOf({source(SourceKind::whatsapp, "chat", dailyMessages("c", 10, 2025, 3))});
+    Settings settings;
+    settings.messagesPerMonth = 1;
+    auto automatic = Selection::selected(scan, settings);
+    Selection::setSelected(settings, Selection::proposed(scan, settings), "c:6", true);
+    Selection::setSelected(settings, Selection::proposed(scan, settings), "c:1", false);
+    EXPECT_EQ(ids(Selection::selected(scan, settings)), (std::vector<std::string>{"c:0", "c:6"}));
+    Selection::backToAutomaticChoice(settings);
+    EXPECT_TRUE(settings.addedItems.empty() && settings.excludedItems.empty());
+    EXPECT_EQ(Selection::selected(scan, settings), automatic);
+}
+
+// The rules written out plainly with month-key strings and id sets, to check
+// the index-based proposal and selection against.
+namespace plain {
+
+IdSet sample(std::vector<Evidence> items, int perMonth) {
+    IdSet taken;
+    if (perMonth < 1) return taken;
+    std::map<std::string, std::vector<Evidence>> months;
+    for (const auto& e : items)
+        months[Importer::format(e.date, "yyyy-MM")].push_back(e);
+    for (auto& [key, group] : months) {
+        sortByDateAndPosition(group);
+        size_t n = group.size(), k = static_cast<size_t>(perMonth);
+        for (size_t i = 0; i < std::min(n, k); ++i) {
+            size_t at =
+                k >= n ? i
+                : k == 1
+                    ? 0
+                    : static_cast<size_t>(std::round(double(n - 1) * double(i) / double(k - 1)));
+            taken.insert(group[at].id());
+        }
+    }
+    return taken;
+}
+
+IdSet withContext(const IdSet& ids, const std::vector<Evidence>& items) {
+    IdSet result = ids;
+    std::map<std::string, std::vector<Evidence>> files;
+    for (const auto& e : items)
+        files[e.fileID].push_back(e);
+    for (auto& [file, group] : files) {
+        sortByPosition(group);
+        for (size_t i = 0; i < group.size(); ++i) {
+            if (!ids.contains(group[i].id())) continue;
+            if (i > 0) result.insert(group[i - 1].id());
+            if (i + 1 < group.size()) result.insert(group[i + 1].id());
+        }
+    }
+    return result;
+}
+
+IdSet proposed(const ScanResult& scan, const Settings& s) {
+    IdSet result;
+    for (const auto& source : scan.sources) {
+        if (s.excludedSources.contains(source.id)) continue;
+        std::vector<Evidence> items, messages;
+        for (const auto& e : source.items)
+            if (Selection::inRange(e, s)) items.push_back(e);
+        IdSet add;
+        if (isChat(source.kind)) {
+            for (const auto& e : items) {
+                if (e.kind == ItemKind::call) add.insert(e.id());
+                if (e.kind == ItemKind::message && !e.sender.empty()) messages.push_back(e);
+            }
+            IdSet chosen = s.messagesPerMonth == 0
+                               ? setOf(messages)
+                               : withContext(sample(messages, s.messagesPerMonth), messages);
+            add.insert(chosen.begin(), chosen.end());
+        } else if (source.kind == SourceKind::documents || source.kind == SourceKind::emails ||
+                   s.photosPerMonth == 0) {
+            add = setOf(items);
+        } else {
+            add = sample(items, s.photosPerMonth);
+        }
+        result.insert(add.begin(), add.end());
+    }
+    return result;
+}
+
+std::vector<Evidence> selected(const ScanResult& scan, const Settings& s) {
+    IdSet proposal = proposed(scan, s);
+    std::vector<Evidence> kept;
+    for (const auto& e : Selection::candidates(scan, s))
+        if ((proposal.contains(e.id()) || s.addedItems.contains(e.id())) &&
+            !s.excludedItems.contains(e.id()))
+            kept.push_back(e);
+    sortByDateFileAndPosition(kept);
+    return kept;
+}
+
+}  // namespace plain
+
+// Scans with the awkward cases mixed in: several files per chat, lines whose
+// positions disagree with their dates, shared ids, system lines, calls,
+// identical dates and months with fewer items than the sample.
+ScanResult randomScan(std::mt19937& random) {
+    constexpr SourceKind kKinds[] = {
+        SourceKind::whatsapp, SourceKind::quillory,  SourceKind::photos, SourceKind::screenshots,
+        SourceKind::videos,   SourceKind::documents, SourceKind::emails};
+    auto pick = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
+    std::vector<Source> sources;
+    int sourceCount = 1 + pick(5);
+    for (int s = 0; s < sourceCount; ++s) {
+        SourceKind kind = kKinds[pick(7)];
+        std::vector<Evidence> items;
+        int count = pick(120);
+        for (int i = 0; i < count; ++i) {
+            std::string file = "f" + std::to_string(s) + std::to_string(pick(isChat(kind) ? 2 : 1));
+            Instant date = at(2024, 11, 1) + pick(150) * 86400.0 / (1 + pick(3)) + pick(3) * 3600;
+            ItemKind itemKind = ItemKind::message;
+            std::string sender = pick(6) == 0 ? "" : "Sam";
+            if (!isChat(kind))
+                itemKind = kind == SourceKind::photos ? ItemKind::photo : ItemKind::document;
+            else if (pick(10) == 0)
+                itemKind = ItemKind::call;
+            int64_t position = pick(4) == 0 ? pick(count + 1) : i;
+            items.push_back(item(itemKind, file, position, date, sender));
+        }
+        sources.push_back(source(kind, "s" + std::to_string(s), items));
+    }
+    return scanOf(sources);
+}
+
+TEST(Selected, MatchesThePlainRulesOnRandomScans) {
+    std::mt19937 random(2025);
+    for (int round = 0; round < 100; ++round) {
+        ScanResult scan = randomScan(random);
+        Settings s;
+        s.messagesPerMonth = static_cast<int>(random() % 7);
+        s.photosPerMonth = static_cast<int>(random() % 4);
+        if (random() % 3 == 0) {
+            s.limitDates = true;
+            s.rangeStart = at(2024, 12, 1 + static_cast<int>(random() % 20));
+            s.rangeEnd = s.rangeStart + static_cast<double>(random() % 60) * 86400.0;
+        }
+        if (random() % 4 == 0) s.excludedSources.insert("s" + std::to_string(random() % 3));
+        for (const auto& source : scan.sources)
+            for (const auto& e : source.items) {
+                if (random() % 15 == 0) s.addedItems.insert(e.id());
+                if (random() % 15 == 0) s.excludedItems.insert(e.id());
+            }
+        ASSERT_EQ(Selection::proposed(scan, s), plain::proposed(scan, s)) << "round " << round;
+        ASSERT_EQ(Selection::selected(scan, s), plain::selected(scan, s)) << "round " << round;
+        for (const auto& source : scan.sources) {
+            ASSERT_EQ(Selection::sample(source.items, s.messagesPerMonth),
+                      plain::sample(source.items, s.messagesPerMonth));
+            IdSet some = plain::sample(source.items, 1);
+            ASSERT_EQ(Selection::withContext(some, source.items),
+                      plain::withContext(some, source.items));
+        }
+    }
+}
+
+}  // namespace
+}  // namespace kinfolio
