@@ -2,126 +2,32 @@
 
 #define POINTERHOLDER_TRANSITION 4
 
-#include <cairo-pdf.h>
-#include <cairo.h>
 #include <gtest/gtest.h>
 #include <poppler.h>
-#include <qpdf/Buffer.hh>
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFOutlineDocumentHelper.hh>
-#include <qpdf/QPDFWriter.hh>
 
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <map>
-#include <random>
 #include <set>
 
 #include <unistd.h>
 
 #include "layout/pdf_exporter.h"
 #include "model/evidence.h"
+#include "support/sample_export.h"
 
 namespace kinfolio {
 namespace {
 
 namespace fs = std::filesystem;
 
-// One page of a sample export: the side of its square noise image in pixels
-// (noise does not compress, so the side sets the page's size) and its format.
-struct SamplePage {
-    int imageSide = 0;
-    bool landscape = false;
-};
-
-cairo_status_t appendBytes(void* closure, const unsigned char* data, unsigned int length) {
-    static_cast<std::string*>(closure)->append(reinterpret_cast<const char*>(data), length);
-    return CAIRO_STATUS_SUCCESS;
+std::vector<Sample::Page> evenPages(size_t n, int side) {
+    return std::vector<Sample::Page>(n, Sample::Page{side, side});
 }
 
-std::string pageLabel(size_t i, size_t n) {
-    return "Page " + std::to_string(i + 1) + " of " + std::to_string(n);
-}
-
-// A document shaped like an export: page labels, a contents page whose rows
-// link to named destinations, an outline with one entry per page (some with
-// a child pointing at an explicit page), rewritten through QPDF as the
-// exporter does.
-std::string makeSample(const std::vector<SamplePage>& pages, unsigned seed = 1) {
-    std::string raw;
-    cairo_surface_t* surface = cairo_pdf_surface_create_for_stream(appendBytes, &raw, 400, 500);
-    cairo_t* cr = cairo_create(surface);
-    std::mt19937 random(seed);
-    size_t n = pages.size();
-    for (size_t i = 0; i < n; ++i) {
-        double width = pages[i].landscape ? 500 : 400, height = pages[i].landscape ? 400 : 500;
-        cairo_pdf_surface_set_size(surface, width, height);
-        std::string dest = "name='page-" + std::to_string(i) + "'";
-        cairo_tag_begin(cr, CAIRO_TAG_DEST, dest.c_str());
-        cairo_move_to(cr, 20, height - 20);
-        cairo_show_text(cr, pageLabel(i, n).c_str());
-        cairo_tag_end(cr, CAIRO_TAG_DEST);
-        if (i == 0 || i + 1 == n) {
-            for (size_t j = 0; j < n; ++j) {
-                std::string link = "dest='page-" + std::to_string(j) + "'";
-                cairo_tag_begin(cr, CAIRO_TAG_LINK, link.c_str());
-                cairo_move_to(cr, 20 + 40 * (j % 8), 30 + 12 * (j / 8));
-                cairo_show_text(cr, std::to_string(j + 1).c_str());
-                cairo_tag_end(cr, CAIRO_TAG_LINK);
-            }
-        }
-        if (int side = pages[i].imageSide; side > 0) {
-            cairo_surface_t* image = cairo_image_surface_create(CAIRO_FORMAT_RGB24, side, side);
-            cairo_surface_flush(image);
-            unsigned char* pixels = cairo_image_surface_get_data(image);
-            int stride = cairo_image_surface_get_stride(image);
-            for (int y = 0; y < side; ++y) {
-                auto* row = reinterpret_cast<uint32_t*>(pixels + y * stride);
-                for (int x = 0; x < side; ++x)
-                    row[x] = random() & 0xffffff;
-            }
-            cairo_surface_mark_dirty(image);
-            cairo_save(cr);
-            cairo_translate(cr, 20, 80);
-            cairo_scale(cr, 300.0 / side, 300.0 / side);
-            cairo_set_source_surface(cr, image, 0, 0);
-            cairo_paint(cr);
-            cairo_restore(cr);
-            cairo_surface_destroy(image);
-        }
-        std::string title = "Section " + std::to_string(i + 1);
-        std::string target = "dest='page-" + std::to_string(i) + "'";
-        int flags = i % 2 ? CAIRO_PDF_OUTLINE_FLAG_OPEN : 0;
-        int id = cairo_pdf_surface_add_outline(surface, CAIRO_PDF_OUTLINE_ROOT, title.c_str(),
-                                               target.c_str(), cairo_pdf_outline_flags_t(flags));
-        if (i % 3 == 0) {
-            std::string detail = "Detail " + std::to_string(i + 1);
-            std::string page = "page=" + std::to_string(i + 1);
-            cairo_pdf_surface_add_outline(surface, id, detail.c_str(), page.c_str(),
-                                          cairo_pdf_outline_flags_t(0));
-        }
-        cairo_show_page(cr);
-    }
-    cairo_destroy(cr);
-    cairo_surface_finish(surface);
-    EXPECT_EQ(cairo_surface_status(surface), CAIRO_STATUS_SUCCESS);
-    cairo_surface_destroy(surface);
-
-    QPDF qpdf;
-    qpdf.setSuppressWarnings(true);
-    qpdf.processMemoryFile("sample", raw.data(), raw.size());
-    QPDFWriter writer(qpdf);
-    writer.setOutputMemory();
-    writer.setDeterministicID(true);
-    writer.write();
-    auto buffer = writer.getBufferSharedPointer();
-    return std::string(reinterpret_cast<const char*>(buffer->getBuffer()), buffer->getSize());
-}
-
-std::vector<SamplePage> evenPages(size_t n, int side) {
-    return std::vector<SamplePage>(n, SamplePage{side, false});
-}
+using Sample::makeExport;
+using Sample::pageLabel;
 
 struct ReadBack {
     explicit ReadBack(const std::string& data) {
@@ -216,13 +122,13 @@ TEST(PDFSplitTest, UnreadableDataOverTheLimitIsRefused) {
     } catch (const EvidenceError& error) {
         EXPECT_STREQ(error.what(), "Could not reopen the PDF to split it.");
     }
-    std::string cut = makeSample(evenPages(3, 40)).substr(0, 50);
+    std::string cut = makeExport(evenPages(3, 40)).substr(0, 50);
     EXPECT_THROW(PDFExporter::split(cut, 10), EvidenceError);
 }
 
 TEST(PDFSplitTest, ThreePartsKeepPageOrderLimitAndCreator) {
     const size_t n = 12;
-    std::string whole = makeSample(evenPages(n, 100));
+    std::string whole = makeExport(evenPages(n, 100));
     int64_t limit = int64_t(whole.size() * 2 / 5);
     auto parts = PDFExporter::split(whole, limit);
     ASSERT_EQ(parts.size(), 3u);
@@ -250,9 +156,9 @@ TEST(PDFSplitTest, ThreePartsKeepPageOrderLimitAndCreator) {
 }
 
 TEST(PDFSplitTest, OversizedPageStandsAlone) {
-    std::vector<SamplePage> pages = evenPages(7, 40);
-    pages[3].imageSide = 260;
-    std::string whole = makeSample(pages);
+    std::vector<Sample::Page> pages = evenPages(7, 40);
+    pages[3].imageWidth = pages[3].imageHeight = 260;
+    std::string whole = makeExport(pages);
     int64_t limit = 100'000;
     ASSERT_GT(int64_t(whole.size()), limit);
     auto parts = PDFExporter::split(whole, limit);
@@ -269,19 +175,19 @@ TEST(PDFSplitTest, OversizedPageStandsAlone) {
 }
 
 TEST(PDFSplitTest, FastSearchMatchesThePlainGreedy) {
-    std::vector<std::vector<SamplePage>> documents;
+    std::vector<std::vector<Sample::Page>> documents;
     documents.push_back(evenPages(14, 60));
-    std::vector<SamplePage> mixed;
+    std::vector<Sample::Page> mixed;
     for (int i = 0; i < 16; ++i)
         mixed.push_back({(i * 37) % 90, i % 4 == 1});
     documents.push_back(mixed);
-    std::vector<SamplePage> growing;
+    std::vector<Sample::Page> growing;
     for (int i = 0; i < 10; ++i)
         growing.push_back({10 + i * 12, false});
     documents.push_back(growing);
 
     for (size_t d = 0; d < documents.size(); ++d) {
-        std::string whole = makeSample(documents[d], unsigned(d + 7));
+        std::string whole = makeExport(documents[d], unsigned(d + 7));
         for (double fraction : {0.05, 0.13, 0.3, 0.55, 0.97}) {
             int64_t limit = int64_t(double(whole.size()) * fraction);
             auto fast = PDFExporter::split(whole, limit);
@@ -294,7 +200,7 @@ TEST(PDFSplitTest, FastSearchMatchesThePlainGreedy) {
 
 TEST(PDFSplitTest, EachPartKeepsItsOutlineAndLinks) {
     const size_t n = 10;
-    std::string whole = makeSample(evenPages(n, 70));
+    std::string whole = makeExport(evenPages(n, 70));
     auto parts = PDFExporter::split(whole, int64_t(whole.size() / 3));
     ASSERT_GE(parts.size(), 3u);
     auto pageRanges = ranges(parts);
