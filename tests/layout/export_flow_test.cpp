@@ -1,0 +1,52 @@
+#include "layout/export_flow.h"
+
+#include <gtest/gtest.h>
+
+namespace kinfolio {
+namespace {
+
+Settings named(const std::string& title, const std::string& applicant) {
+    Settings settings;
+    settings.title = title;
+    settings.applicant = applicant;
+    return settings;
+}
+
+TEST(ExportFlowTest, BaseNameJoinsTheNamesAndReplacesSlashes) {
+    EXPECT_EQ(ExportFlow::baseName(named("Visa/2025", "")), "Visa-2025");
+    EXPECT_EQ(ExportFlow::baseName(named("Evidence", "Sam Lee")), "Evidence - Sam Lee");
+    EXPECT_EQ(ExportFlow::baseName(named("", "Sam/Lee")), "Sam-Lee");
+    EXPECT_EQ(ExportFlow::baseName(named("", "")), "Relationship evidence");
+    EXPECT_EQ(ExportFlow::baseName(named("a//b", "c/")), "a--b - c-");
+}
+
+TEST(ExportFlowTest, PartNamesCountFromOne) {
+    EXPECT_EQ(ExportFlow::partName("Evidence", 1, 3), "Evidence - Part 1 of 3.pdf");
+    EXPECT_EQ(ExportFlow::partName("Evidence", 2, 3), "Evidence - Part 2 of 3.pdf");
+    EXPECT_EQ(ExportFlow::partName("Evidence", 3, 3), "Evidence - Part 3 of 3.pdf");
+    EXPECT_EQ(ExportFlow::partName("Visa-2025", 10, 12), "Visa-2025 - Part 10 of 12.pdf");
+}
+
+TEST(ExportFlowTest, ByteLimitIsDecimalMegabytes) {
+    Settings settings;
+    settings.maxFileMB = 10;
+    EXPECT_EQ(ExportFlow::byteLimit(settings), 10'000'000);
+    settings.maxFileMB = 0;
+    EXPECT_EQ(ExportFlow::byteLimit(settings), 0);
+    settings.maxFileMB = -5;
+    EXPECT_EQ(ExportFlow::byteLimit(settings), 0);
+    settings.maxFileMB = 2'147'483'647;
+    EXPECT_EQ(ExportFlow::byteLimit(settings), int64_t{2'147'483'647} * 1'000'000);
+}
+
+TEST(ExportFlowTest, MessagesNameTheCountAndTheLimit) {
+    EXPECT_EQ(ExportFlow::splitMessage(3, 10),
+              "The PDF is split into 3 files of at most 10 MB each. Page numbers continue from "
+              "one file to the next.");
+    EXPECT_EQ(ExportFlow::oversizeMessage(25),
+              "One page is larger than 25 MB on its own, so its file is over the limit. Use "
+              "fewer or smaller photos on that page.");
+}
+
+}  // namespace
+}  // namespace kinfolio
