@@ -5,7 +5,7 @@
 
 namespace kinfolio::Scanner {
 
-void readEmailText(ScanContext& ctx, Record& mail, const std::string& text) {
+void readEmailText(ScanContext& ctx, Record& mail, std::string_view text) {
     size_t before = ctx.emails.items.size();
     int64_t position = 0;
     Importer::eachEmail(text, [&](std::string_view message) {

@@ -98,6 +98,19 @@ TEST_F(EmailScan, LooseEmailsFormOneSourceAndUndatedFilesAreSkipped) {
     EXPECT_EQ(result["skipped"][0]["reason"], "No dated email found.");
 }
 
+TEST_F(EmailScan, Utf16MessageIsDecodedFirst) {
+    std::string text = "From: Sam\nDate: 6 Jan 2025 09:05\nSubject: Hi\n\nUTF-16 body\n";
+    std::string utf16 = "\xFF\xFE";
+    for (char c : text)
+        utf16 += std::string{c, '\0'};
+    write(folder / "wide.eml", utf16);
+    Json result = scan();
+    ASSERT_EQ(result["sources"].size(), 1u) << result.dump(2);
+    ASSERT_EQ(result["sources"][0]["items"].size(), 1u);
+    EXPECT_EQ(result["sources"][0]["items"][0]["text"], "UTF-16 body");
+    EXPECT_EQ(result["sources"][0]["detail"], "1 email \u00b7 Jan 2025");
+}
+
 TEST_F(EmailScan, EmailTextInATxtIsSkippedWhenUndated) {
     write(folder / "letter.txt", "From: Sam\nDate: someday\nSubject: Hi\n\nbody\n");
     Json result = scan();
