@@ -9,6 +9,8 @@ namespace kinfolio::Importer {
 
 namespace {
 
+constexpr size_t npos = std::string_view::npos;
+
 std::string contentTypeOf(const EmailHeaders& headers) {
     auto it = headers.find("content-type");
     return it == headers.end() ? std::string("text/plain") : asciiLower(it->second);
@@ -77,14 +79,48 @@ std::string latin1ToUtf8(std::string_view bytes) {
     return out;
 }
 
-std::string htmlToText(const std::string& html) {
-    static const Regex breaks("<br[^>]*>|</p>|</div>", UREGEX_CASE_INSENSITIVE);
-    static const Regex tags("<[^>]+>");
-    UErrorCode status = U_ZERO_ERROR;
-    icu::UnicodeString u = toUnicode(html);
-    u = breaks.matcher(u)->replaceAll(u"\n", status);
-    u = tags.matcher(u)->replaceAll(u"", status);
-    return replaceAll(replaceAll(toUtf8(u), "&nbsp;", " "), "&amp;", "&");
+bool startsWithNoCase(std::string_view text, size_t at, std::string_view lowerPrefix) {
+    return asciiLower(text.substr(at, lowerPrefix.size())) == lowerPrefix;
+}
+
+// Line breaks for <br…>, </p> and </div>, then every other tag removed. A
+// regular expression would do the same, but it rescans to the end of the
+// text from every "<" that has no ">" after it: a body full of stray "<"
+// would take hours. Here the text is walked once; the delimiters are ASCII,
+// so working on UTF-8 bytes is safe.
+std::string htmlToText(std::string_view html) {
+    // The first pass marks breaks with "\n", the second drops tags; each
+    // tag runs from "<" to the next ">".
+    auto pass = [](std::string_view text, bool breaks) {
+        std::string out;
+        out.reserve(text.size());
+        size_t i = 0, close = 0;
+        while (i < text.size()) {
+            size_t open = text.find('<', i);
+            if (open == npos) break;
+            // The ">" found for an earlier "<" still serves while it lies
+            // ahead, so a run of "<" is not rescanned.
+            if (close <= open) close = text.find('>', open + 1);
+            // No ">" after this "<" means none after any later "<" either.
+            if (close == npos) break;
+            out.append(text.substr(i, open - i));
+            bool tag = breaks ? startsWithNoCase(text, open, "<br") ||
+                                    startsWithNoCase(text, open, "</p>") ||
+                                    startsWithNoCase(text, open, "</div>")
+                              : close > open + 1;
+            if (tag) {
+                if (breaks) out += '\n';
+                i = close + 1;
+            } else {
+                out += '<';
+                i = open + 1;
+            }
+        }
+        if (i < text.size()) out.append(text.substr(i));
+        return out;
+    };
+    std::string text = pass(pass(html, true), false);
+    return replaceAll(replaceAll(text, "&nbsp;", " "), "&amp;", "&");
 }
 
 std::string singlePart(const EmailHeaders& headers, std::string_view body) {

@@ -57,6 +57,19 @@ TEST(PlainText, HtmlOnlyBecomesText) {
               "Hello there\nTom & Ann\nline\nbreak\nx &lt;y&gt;");
 }
 
+TEST(PlainText, HtmlTagsRunFromAngleToAngle) {
+    auto html = [](std::string body) { return plainText({{"content-type", "text/html"}}, body); };
+    EXPECT_EQ(html("x<>y<z>w"), "x<>yw");
+    EXPECT_EQ(html("<<b>>"), ">");
+    EXPECT_EQ(html("a < b and c > d"), "a  d");
+    EXPECT_EQ(html("1 < 2, <i>3</i> < 4"), "1 3 < 4");
+    EXPECT_EQ(html("a<bright idea>b</P>c</Div >d<br"), "a\nb\ncd<br");
+    EXPECT_EQ(html("a</div>b"), "a\nb");
+    // Stray angles in bulk are read in one pass.
+    EXPECT_EQ(html(std::string(200000, '<') + "x"), std::string(200000, '<') + "x");
+    EXPECT_EQ(html(std::string(200000, '<') + ">x"), "x");
+}
+
 TEST(PlainText, FollowsNestedMultipartsPastAttachments) {
     std::string message =
         "Content-Type: multipart/mixed; boundary=outer\n\n"
