@@ -132,18 +132,42 @@ std::string asciiLower(std::string_view text) {
     return out;
 }
 
+namespace {
+
+// The code point that begins at byte `i` and its length in bytes; negative
+// when the bytes there are ill-formed.
+UChar32 codePointAt(std::string_view text, size_t i, int32_t& length) {
+    std::string_view window = text.substr(i, 4);
+    const auto* s = reinterpret_cast<const uint8_t*>(window.data());
+    int32_t k = 0;
+    UChar32 c;
+    U8_NEXT(s, k, static_cast<int32_t>(window.size()), c);
+    length = k;
+    return c;
+}
+
+}  // namespace
+
+// Only the ends are decoded, so trimming a long text costs one copy.
 std::string trimWhitespace(std::string_view text) {
-    auto u = toUnicode(text);
-    int32_t start = 0, end = u.length();
-    while (start < end && u_isUWhiteSpace(u.char32At(start)))
-        start = u.moveIndex32(start, 1);
-    while (end > start) {
-        int32_t prev = u.moveIndex32(end, -1);
-        if (!u_isUWhiteSpace(u.char32At(prev))) break;
-        end = prev;
+    size_t start = 0, end = text.size();
+    while (start < end) {
+        int32_t length = 0;
+        UChar32 c = codePointAt(text.substr(0, end), start, length);
+        if (c < 0 || !u_isUWhiteSpace(c)) break;
+        start += static_cast<size_t>(length);
     }
-    if (start == 0 && end == u.length()) return std::string(text);
-    return toUtf8(u.tempSubStringBetween(start, end));
+    while (end > start) {
+        size_t begin = end - 1;
+        while (begin > start && end - begin < 4 &&
+               (static_cast<uint8_t>(text[begin]) & 0xC0) == 0x80)
+            --begin;
+        int32_t length = 0;
+        UChar32 c = codePointAt(text.substr(0, end), begin, length);
+        if (c < 0 || begin + static_cast<size_t>(length) != end || !u_isUWhiteSpace(c)) break;
+        end = begin;
+    }
+    return std::string(text.substr(start, end - start));
 }
 
 std::string trimSpacesAndTabs(std::string_view text) {

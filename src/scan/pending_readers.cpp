@@ -19,9 +19,6 @@ void readWhatsAppText(ScanContext& ctx, Record& chat, const std::string&, const 
 void readLineText(ScanContext& ctx, Record& chat, const std::string&) {
     notRead(ctx, chat);
 }
-void readEmailText(ScanContext& ctx, Record& mail, const std::string&) {
-    notRead(ctx, mail);
-}
 void readTelegram(ScanContext& ctx, Record& json) {
     notRead(ctx, json);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "scan/scan_context.h"
 
@@ -15,7 +16,7 @@ void readZip(ScanContext& ctx, Record& zip);
 void readWhatsAppText(ScanContext& ctx, Record& chat, const std::string& text,
                       const std::string& name);
 void readLineText(ScanContext& ctx, Record& chat, const std::string& text);
-void readEmailText(ScanContext& ctx, Record& mail, const std::string& text);
+void readEmailText(ScanContext& ctx, Record& mail, std::string_view text);
 void readTelegram(ScanContext& ctx, Record& json);
 void readMeta(ScanContext& ctx, Record& json);
 void readChatCsv(ScanContext& ctx, Record& csv, const std::string& text);

@@ -75,7 +75,10 @@ void routeHtml(ScanContext& ctx, Record& r) {
     ctx.skip(r.path, "Web page; Kinfolio does not read HTML.");
 }
 
+// A mailbox can be hundreds of megabytes: UTF-8 (the usual case) is read
+// straight from the mapped file rather than from a decoded copy.
 void routeEmail(ScanContext& ctx, Record& r) {
+    if (isValidUtf8(r.data.bytes())) return readEmailText(ctx, r, r.data.bytes());
     auto text = decodeText(r.data.bytes());
     if (!text) return ctx.skip(r.path, std::string(kUnknownEncoding));
     readEmailText(ctx, r, *text);

@@ -1,0 +1,125 @@
+#include "importers/mime.h"
+
+#include <gtest/gtest.h>
+
+namespace kinfolio::Importer {
+namespace {
+
+std::string textOf(std::string_view message) {
+    auto [headers, body] = splitHeaders(message);
+    return plainText(headers, body);
+}
+
+TEST(Base64, DecodesOnlyStrictlyPaddedStandardAlphabet) {
+    EXPECT_EQ(base64("SGVsbG8="), "Hello");
+    EXPECT_EQ(base64("SGk="), "Hi");
+    EXPECT_EQ(base64("SGVs"), "Hel");
+    EXPECT_EQ(base64("+/8="), "\xFB\xFF");
+    EXPECT_EQ(base64(""), "");
+    EXPECT_FALSE(base64("SGVsbG8"));    // padding missing
+    EXPECT_FALSE(base64("SGVs bG8="));  // white space
+    EXPECT_FALSE(base64("SG=sbG8="));   // padding inside
+    EXPECT_FALSE(base64("SGk=SGk="));   // data after padding
+    EXPECT_FALSE(base64("S==="));       // too much padding
+    EXPECT_FALSE(base64("SGVsbG8_"));   // URL-safe alphabet is not base64
+}
+
+TEST(QuotedPrintable, DecodesEscapesAndSoftBreaks) {
+    EXPECT_EQ(quotedPrintable("caf=E9"), "caf\xE9");
+    EXPECT_EQ(quotedPrintable("caf=c3=a9 au lait"), "caf\u00e9 au lait");
+    EXPECT_EQ(quotedPrintable("one long=\nline"), "one longline");
+    EXPECT_EQ(quotedPrintable("=3D=ZZ and 5=\n0=25"), "==ZZ and 50%");
+    EXPECT_EQ(quotedPrintable("ends with =4"), "ends with =4");
+    EXPECT_EQ(quotedPrintable("ends with ="), "ends with =");
+}
+
+TEST(PlainText, PrefersThePlainPartOfAnAlternative) {
+    EXPECT_EQ(textOf("Content-Type: multipart/alternative; boundary=\"XyZ\"\n\n"
+                     "preamble\n"
+                     "--XyZ\nContent-Type: text/html\n\n<p>Rich</p>\n"
+                     "--XyZ\nContent-Type: text/plain; charset=utf-8\n\nPlain words\n"
+                     "--XyZ--\nepilogue\n"),
+              "Plain words");
+}
+
+TEST(PlainText, BoundaryIsCaseSensitive) {
+    EXPECT_EQ(textOf("Content-Type: Multipart/Mixed; BOUNDARY=abc\n\n"
+                     "--ABC\nContent-Type: text/plain\n\nwrong\n"
+                     "--abc\nContent-Type: text/plain\n\nright\n--abc--\n"),
+              "right");
+}
+
+TEST(PlainText, HtmlOnlyBecomesText) {
+    EXPECT_EQ(textOf("Content-Type: multipart/alternative; boundary=b\n\n"
+                     "--b\nContent-Type: text/html; charset=utf-8\n\n"
+                     "<html><body><p>Hello&nbsp;there</p><div>Tom &amp; Ann</div>"
+                     "line<BR/>break<br>x &lt;y&gt;</body></html>\n--b--\n"),
+              "Hello there\nTom & Ann\nline\nbreak\nx &lt;y&gt;");
+}
+
+TEST(PlainText, HtmlTagsRunFromAngleToAngle) {
+    auto html = [](std::string body) { return plainText({{"content-type", "text/html"}}, body); };
+    EXPECT_EQ(html("x<>y<z>w"), "x<>yw");
+    EXPECT_EQ(html("<<b>>"), ">");
+    EXPECT_EQ(html("a < b and c > d"), "a  d");
+    EXPECT_EQ(html("1 < 2, <i>3</i> < 4"), "1 3 < 4");
+    EXPECT_EQ(html("a<bright idea>b</P>c</Div >d<br"), "a\nb\ncd<br");
+    EXPECT_EQ(html("a</div>b"), "a\nb");
+    // Stray angles in bulk are read in one pass.
+    EXPECT_EQ(html(std::string(200000, '<') + "x"), std::string(200000, '<') + "x");
+    EXPECT_EQ(html(std::string(200000, '<') + ">x"), "x");
+}
+
+TEST(PlainText, FollowsNestedMultipartsPastAttachments) {
+    std::string message =
+        "Content-Type: multipart/mixed; boundary=outer\n\n"
+        "--outer\nContent-Type: application/pdf\nContent-Transfer-Encoding: base64\n\nJVBERg==\n"
+        "--outer\nContent-Type: multipart/related; boundary=\"mid\"\n\n"
+        "--mid\nContent-Type: multipart/alternative; boundary=inner\n\n"
+        "--inner\nContent-Type: text/html\n\n<b>html</b>\n"
+        "--inner\nContent-Type: text/plain\nContent-Transfer-Encoding: quoted-printable\n\n"
+        "Deep =E2=9C=93 text\n--inner--\n"
+        "--mid--\n--outer--\n";
+    EXPECT_EQ(textOf(message), "Deep \u2713 text");
+    std::string crlf;
+    for (char c : message)
+        crlf += c == '\n' ? std::string("\r\n") : std::string(1, c);
+    EXPECT_EQ(textOf(crlf), "Deep \u2713 text");
+}
+
+TEST(PlainText, MultipartWithoutReadablePartIsEmpty) {
+    EXPECT_EQ(textOf("Content-Type: multipart/mixed; boundary=b\n\n"
+                     "--b\nContent-Type: image/jpeg\n\nxx\n--b--\n"),
+              "");
+    // Without a boundary the body is read as one part.
+    EXPECT_EQ(textOf("Content-Type: multipart/mixed\n\n whole body \n"), "whole body");
+}
+
+TEST(PlainText, DecodesBase64BodiesAcrossLines) {
+    EXPECT_EQ(textOf("Content-Transfer-Encoding: BASE64\n\nSGVs\r\nbG8g\n d29y bGQ=\n"),
+              "Hello world");
+    // Not valid base64: the body is kept as it stands.
+    EXPECT_EQ(textOf("Content-Transfer-Encoding: base64\n\nnot base64!\n"), "not base64!");
+}
+
+TEST(PlainText, ReadsLatin1CharsetsAndRepairsBadUtf8) {
+    EXPECT_EQ(textOf("Content-Type: text/plain; charset=\"ISO-8859-1\"\n"
+                     "Content-Transfer-Encoding: quoted-printable\n\ncaf=E9 cr=E8me"),
+              "caf\u00e9 cr\u00e8me");
+    EXPECT_EQ(textOf("Content-Type: text/plain; charset=latin1\n"
+                     "Content-Transfer-Encoding: base64\n\nY2Fm6Q=="),
+              "caf\u00e9");
+    EXPECT_EQ(textOf("Content-Type: text/plain; charset=utf-8\n"
+                     "Content-Transfer-Encoding: quoted-printable\n\ncaf=E9 ok =C3=A9"),
+              "caf\uFFFD ok \u00e9");
+    EXPECT_EQ(textOf("Content-Transfer-Encoding: 8bit\n\nbad \xC3 byte"), "bad \uFFFD byte");
+}
+
+TEST(PlainText, TrimsUnicodeWhiteSpace) {
+    EXPECT_EQ(textOf("Subject: x\n\n\u00a0\u3000 Hi there \u2003\n\n"), "Hi there");
+    EXPECT_EQ(textOf("Subject: x\n\n\u00e9\n"), "\u00e9");
+    EXPECT_EQ(textOf("Subject: x\n\n \n\t"), "");
+}
+
+}  // namespace
+}  // namespace kinfolio::Importer
