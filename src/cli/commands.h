@@ -7,6 +7,8 @@ namespace kinfolio::cli {
 
 Command scanCommand();
 Command settingsCommand();
+Command exampleCommand();
+Command guidesCommand();
 
 // Checks that exactly one FOLDER argument was given and that it is a folder;
 // prints the error and returns false otherwise.
