@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "app/example_folder.h"
 #include "model/files.h"
 
 namespace kinfolio {
@@ -64,6 +65,17 @@ void AppModel::chooseFolder(const std::string& folder, bool isDemo) {
     state_.selectedIDs.clear();
     save();
     rescan();
+}
+
+void AppModel::openExample(const std::string& folder) {
+    try {
+        if (!ExampleFolder::holdsExample(folder)) ExampleFolder::write(folder);
+    } catch (const EvidenceError& e) {
+        state_.errorMessage = e.what();
+        changed();
+        return;
+    }
+    chooseFolder(folder, true);
 }
 
 void AppModel::rescan() {

@@ -60,6 +60,9 @@ public:
     void start();
 
     void chooseFolder(const std::string& folder, bool isDemo = false);
+    // Writes the example materials folder into `folder` unless it holds it
+    // already, then opens it as a demo. A folder with other files is refused.
+    void openExample(const std::string& folder);
     void rescan();
     void closeFolder();
 

@@ -44,4 +44,12 @@ void write(const std::string& folder) {
     }
 }
 
+bool holdsExample(const std::string& folder) {
+    for (const auto& [path, bytes] : files()) {
+        auto file = MappedFile::open((fs::path(folder) / path).string());
+        if (!file || file->bytes() != bytes) return false;
+    }
+    return true;
+}
+
 }  // namespace kinfolio::ExampleFolder

@@ -16,4 +16,7 @@ std::vector<std::pair<std::string, std::string>> files();
 // writing anything, a folder that is not empty. Throws EvidenceError.
 void write(const std::string& folder);
 
+// Whether `folder` holds every example file, unchanged.
+bool holdsExample(const std::string& folder);
+
 }  // namespace kinfolio::ExampleFolder

@@ -33,15 +33,8 @@ void printScan(std::ostream& out, const ScanResult& scan) {
 int runScan(Invocation& inv) {
     std::string folder;
     if (!takeFolder(inv, folder)) return 2;
-    Scanner::Progress progress;
-    if (inv.showProgress)
-        progress = [&](size_t done, size_t total) {
-            if (done == total || done % 50 == 0)
-                inv.err << "\rReading files: " << done << " of " << total
-                        << (done == total ? "\n" : "") << std::flush;
-        };
-    ScanResult scan =
-        Scanner::scan(folder, inv.settings.dateOrder, inv.settings.timeZoneID, false, progress);
+    ScanResult scan = Scanner::scan(folder, inv.settings.dateOrder, inv.settings.timeZoneID, false,
+                                    progressReport(inv, "Reading files"));
     if (inv.json)
         inv.out << toJson(scan).dump(2) << "\n";
     else
@@ -50,6 +43,15 @@ int runScan(Invocation& inv) {
 }
 
 }  // namespace
+
+std::function<void(size_t, size_t)> progressReport(Invocation& inv, std::string label) {
+    if (!inv.showProgress) return {};
+    return [&inv, label](size_t done, size_t total) {
+        if (done == total || done % 50 == 0)
+            inv.err << "\r" << label << ": " << done << " of " << total
+                    << (done == total ? "\n" : "") << std::flush;
+    };
+}
 
 bool takeFolder(Invocation& inv, std::string& folder) {
     if (inv.arguments.size() != 1) {

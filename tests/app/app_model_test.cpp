@@ -421,6 +421,24 @@ TEST_F(AppModelTest, OnlyTheLatestOfTwoScansIsKept) {
     EXPECT_TRUE(model->state().isDemo);
 }
 
+TEST_F(AppModelTest, TheExampleIsWrittenOnceAndOpenedAsADemo) {
+    auto model = makeModel();
+    std::string example = (root / "example").string();
+    model->openExample(example);
+    EXPECT_TRUE(model->state().isDemo);
+    EXPECT_EQ(model->state().folder, example);
+    EXPECT_TRUE(fs::exists(root / "example/Emails/Letters.mbox"));
+    executor.settle();
+    EXPECT_EQ(model->state().phase, Phase::ready);
+    // Opening it again reuses what is there.
+    model->openExample(example);
+    EXPECT_FALSE(model->state().errorMessage);
+    // A folder holding something else is not touched.
+    model->openExample(folder + "/../config");
+    EXPECT_TRUE(model->state().errorMessage);
+    EXPECT_EQ(model->state().folder, example);
+}
+
 TEST_F(AppModelTest, ScreenshotReadingReportsProgressAndRendersAgain) {
     AppServices services = testing::fakeServices(log);
     services.screenshotsToRead = [](const ScanResult& scan) {
