@@ -1,6 +1,9 @@
 #pragma once
 
+#include <cstddef>
+#include <functional>
 #include <ostream>
+#include <string>
 
 #include "cli/cli.h"
 #include "model/json.h"
@@ -12,6 +15,12 @@ namespace kinfolio::cli {
 Command scanCommand();
 Command settingsCommand();
 Command selectCommand();
+Command exampleCommand();
+Command guidesCommand();
+
+// "Label: done of total" on standard error as work goes on, when it is a
+// terminal; nothing otherwise (an empty function).
+std::function<void(size_t done, size_t total)> progressReport(Invocation& inv, std::string label);
 
 // Checks that exactly one FOLDER argument was given and that it is a folder;
 // prints the error and returns false otherwise.

@@ -44,14 +44,17 @@ int runScan(Invocation& inv) {
 }  // namespace
 
 ScanResult scanFolder(Invocation& inv, const std::string& folder) {
-    Scanner::Progress progress;
-    if (inv.showProgress)
-        progress = [&](size_t done, size_t total) {
-            if (done == total || done % 50 == 0)
-                inv.err << "\rReading files: " << done << " of " << total
-                        << (done == total ? "\n" : "") << std::flush;
-        };
-    return Scanner::scan(folder, inv.settings.dateOrder, inv.settings.timeZoneID, false, progress);
+    return Scanner::scan(folder, inv.settings.dateOrder, inv.settings.timeZoneID, false,
+                         progressReport(inv, "Reading files"));
+}
+
+std::function<void(size_t, size_t)> progressReport(Invocation& inv, std::string label) {
+    if (!inv.showProgress) return {};
+    return [&inv, label](size_t done, size_t total) {
+        if (done == total || done % 50 == 0)
+            inv.err << "\r" << label << ": " << done << " of " << total
+                    << (done == total ? "\n" : "") << std::flush;
+    };
 }
 
 bool takeFolder(Invocation& inv, std::string& folder) {

@@ -1,0 +1,110 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "app/app_services.h"
+#include "app/executor.h"
+#include "app/settings_store.h"
+
+namespace kinfolio {
+
+enum class Phase { needsFolder, scanning, ready };
+
+// Everything the window shows. Changed only on the main thread.
+struct AppState {
+    Phase phase = Phase::needsFolder;
+    std::optional<std::string> folder;
+    std::optional<ScanResult> scan;
+    bool isDemo = false;
+    Settings settings = Settings::defaults();
+    std::vector<Evidence> selected;
+    std::vector<Evidence> candidates;
+    std::optional<std::string> previewPDF;
+    int previewPageCount = 0;
+    bool previewTruncated = false;
+    bool isRenderingPreview = false;
+    bool isExporting = false;
+    std::optional<std::string> errorMessage;  // alert "Something went wrong"
+    bool showingItems = false;
+    bool showingGuide = false;
+    bool isReadingScreenshots = false;
+    size_t screenshotsRead = 0, screenshotsTotal = 0;
+    bool showingReadingProgress = false;
+    std::set<std::string> selectedIDs;  // highlighted in the item list
+    // The last export: its notes for the user and the files written.
+    std::vector<std::string> exportNotes;
+    std::vector<std::string> exportedFiles;
+};
+
+// The one-window application's state and operations, free of any toolkit:
+// a window binds to state() and observe(), tests drive it headless.
+class AppModel {
+public:
+    static constexpr size_t kPreviewItemLimit = 250;
+    static constexpr double kPreviewDelay = 0.25;
+
+    AppModel(Executor& executor, AppServices services, SettingsStore store);
+    AppModel(const AppModel&) = delete;
+    AppModel& operator=(const AppModel&) = delete;
+
+    const AppState& state() const { return state_; }
+    // Called after every change of state().
+    void observe(std::function<void()> observer);
+
+    // Stored settings (strict decoding, else the defaults) and the remembered
+    // folder, scanned when it still exists.
+    void start();
+
+    void chooseFolder(const std::string& folder, bool isDemo = false);
+    // Writes the example materials folder into `folder` unless it holds it
+    // already, then opens it as a demo. A folder with other files is refused.
+    void openExample(const std::string& folder);
+    void rescan();
+    void closeFolder();
+
+    void setSettings(const Settings& settings);
+    void updateSettings(const std::function<void(Settings&)>& change);
+    // A tick on one item of the list, kept in the settings.
+    void setSelected(const Evidence& item, bool on);
+    // "Back to Automatic Choice": forget every manual tick.
+    void resetManualChoice();
+
+    // The name the save dialog proposes: the base name + ".pdf".
+    std::string proposedFileName() const;
+    // Renders the whole selection and writes it to `path`, or, when it is
+    // split, writes the numbered parts next to it named after its stem.
+    void exportPDF(const std::string& path);
+
+    void continueReadingInBackground();
+    void dismissError();
+    void setShowingItems(bool on);
+    void setShowingGuide(bool on);
+    void setSelectedIDs(std::set<std::string> ids);
+
+private:
+    void changed();
+    void save();
+    void recompute();
+    void schedulePreview();
+    void startPreviewRender(uint64_t generation, ExportInput input);
+    void readScreenshots();
+    ExportInput exportInput(std::vector<Evidence> items) const;
+    void writeExport(const std::string& path, const std::vector<std::string>& parts);
+
+    Executor& executor_;
+    AppServices services_;
+    SettingsStore store_;
+    AppState state_;
+    std::vector<std::function<void()>> observers_;
+
+    uint64_t scanGeneration_ = 0;
+    uint64_t previewGeneration_ = 0;
+    uint64_t renderingGeneration_ = 0;  // of the render in flight, 0 for none
+    std::optional<Executor::TimerID> previewTimer_;
+};
+
+}  // namespace kinfolio

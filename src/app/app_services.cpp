@@ -1,0 +1,29 @@
+#include "app/app_services.h"
+
+#include "layout/export_flow.h"
+#include "scan/scanner.h"
+#include "selection/selection.h"
+
+namespace kinfolio {
+
+AppServices AppServices::standard() {
+    AppServices s;
+    s.scan = [](const std::string& folder, DateOrder order, const std::string& zone,
+                const Progress& progress) {
+        return Scanner::scan(folder, order, zone, false, progress);
+    };
+    s.candidates = Selection::candidates;
+    s.proposed = Selection::proposed;
+    s.selected = Selection::selected;
+    s.setSelected = Selection::setSelected;
+    s.make = PDFExporter::make;
+    s.split = PDFExporter::split;
+    s.baseName = ExportFlow::baseName;
+    s.partName = ExportFlow::partName;
+    s.byteLimit = ExportFlow::byteLimit;
+    s.splitMessage = ExportFlow::splitMessage;
+    s.oversizeMessage = ExportFlow::oversizeMessage;
+    return s;
+}
+
+}  // namespace kinfolio

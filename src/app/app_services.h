@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "layout/pdf_exporter.h"
+#include "model/settings.h"
+#include "model/source.h"
+
+namespace kinfolio {
+
+// The work the application model starts, as plain functions, so that the
+// model can be driven with stand-ins and the real readers, sampling and PDF
+// writer stay pure functions of the values handed to them.
+struct AppServices {
+    using Progress = std::function<void(size_t done, size_t total)>;
+    using IdSet = std::set<std::string>;
+
+    std::function<ScanResult(const std::string& folder, DateOrder order, const std::string& zone,
+                             const Progress& progress)>
+        scan;
+
+    std::function<std::vector<Evidence>(const ScanResult&, const Settings&)> candidates;
+    std::function<IdSet(const ScanResult&, const Settings&)> proposed;
+    std::function<std::vector<Evidence>(const ScanResult&, const Settings&)> selected;
+    // Records a tick on an item in the settings, given the current proposal.
+    std::function<void(Settings&, const IdSet& proposal, const std::string& itemID, bool on)>
+        setSelected;
+
+    std::function<Output(const ExportInput&)> make;
+    std::function<std::vector<std::string>(const std::string& data, int64_t maxBytes)> split;
+
+    // Naming and wording of a saved export.
+    std::function<std::string(const Settings&)> baseName;
+    std::function<std::string(const std::string& base, int i, int n)> partName;
+    std::function<int64_t(const Settings&)> byteLimit;
+    std::function<std::string(int parts, int maxFileMB)> splitMessage;
+    std::function<std::string(int maxFileMB)> oversizeMessage;
+
+    // Screenshot text recognition after a scan; both may be left empty when
+    // the scan reads screenshots itself.
+    std::function<size_t(const ScanResult&)> screenshotsToRead;
+    std::function<void(ScanResult&, const Progress&)> recognizeScreenshots;
+
+    // The real scanner, selection and PDF writer.
+    static AppServices standard();
+};
+
+}  // namespace kinfolio

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "model/evidence.h"
+
+// The pieces of the example folder, one function per kind of export.
+namespace kinfolio::ExampleFolder {
+
+using Files = std::vector<std::pair<std::string, std::string>>;
+
+inline constexpr const char* kApplicant = "Maya Okafor";
+inline constexpr const char* kPartner = "Jonas Berg";
+
+// A written time in the zero-offset zone.
+Instant at(int year, int month, int day, int hour, int minute, int second = 0);
+
+// A picture as PNG bytes: a small scene drawn from `variant`.
+std::string photo(int variant);
+
+void addWhatsApp(Files& out);
+void addTelegram(Files& out);
+void addMeta(Files& out);
+void addLine(Files& out);
+void addSpreadsheets(Files& out);
+void addEmails(Files& out);
+
+}  // namespace kinfolio::ExampleFolder

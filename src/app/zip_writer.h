@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+// A small ZIP writer: the classic layout (no ZIP64), names in UTF-8, one
+// fixed timestamp, so the same entries always give the same bytes.
+namespace kinfolio::ZipWriter {
+
+struct Entry {
+    std::string path;  // "/"-separated, relative
+    std::string data;
+    bool deflate = true;  // raw deflate; false stores the bytes as they are
+};
+
+// The archive's bytes, entries in the order given. Throws EvidenceError for
+// an entry or archive too large for the classic layout.
+std::string archive(const std::vector<Entry>& entries);
+
+}  // namespace kinfolio::ZipWriter
