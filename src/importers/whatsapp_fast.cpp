@@ -252,4 +252,50 @@ std::optional<Instant> timestamp(std::string_view s, DateOrder order) {
     return makeDate(year, month, day, hour, minute, second);
 }
 
+std::optional<std::optional<DateOrder>> detectOrder(std::string_view text) {
+    // "^" of the expression also follows \v, \f, U+0085, U+2028 and U+2029;
+    // texts holding those are left to it.
+    bool hasCarriageReturn = false;
+    for (size_t i = 0; i < text.size(); ++i) {
+        auto b = static_cast<unsigned char>(text[i]);
+        if ((b < 0x0E || b >= 0xC2) && isLineTerminatorAt(text, i)) {
+            if (b != '\r') return std::nullopt;
+            hasCarriageReturn = true;
+        }
+    }
+    bool any = false, dayFirst = false, monthFirst = false;
+    size_t start = 0;
+    while (start <= text.size()) {
+        Cursor c{text.substr(start, std::min<size_t>(16, text.size() - start))};
+        if (c.is('[')) ++c.i;
+        size_t a0 = c.i;
+        bool ok = c.digits(1, 2);
+        size_t a1 = c.i;
+        ok = ok && c.oneOf("/.-");
+        size_t b0 = c.i;
+        ok = ok && c.digits(1, 2);
+        size_t b1 = c.i;
+        ok = ok && c.oneOf("/.-") && c.peek() == Kind::digit && (++c.i, c.peek() == Kind::digit);
+        if (c.unsure) return std::nullopt;
+        if (ok) {
+            int a = 0, b = 0;
+            number(c.s, a0, a1, a);
+            number(c.s, b0, b1, b);
+            any = true;
+            if (a > 12) {
+                dayFirst = true;
+                if (b > 12) monthFirst = true;
+            } else if (b >= 13) {
+                monthFirst = true;
+            }
+        }
+        size_t next =
+            hasCarriageReturn ? text.find_first_of("\r\n", start) : text.find('\n', start);
+        if (next == std::string_view::npos) break;
+        start = next + 1;
+    }
+    if (!any || dayFirst == monthFirst) return std::optional<DateOrder>();
+    return std::optional<DateOrder>(dayFirst ? DateOrder::dayFirst : DateOrder::monthFirst);
+}
+
 }  // namespace kinfolio::Importer::fast

@@ -30,4 +30,7 @@ Verdict dateLikeStart(std::string_view line);
 // markers rewritten), for the common day/month/year forms; none when unsure.
 std::optional<Instant> timestamp(std::string_view text, DateOrder order);
 
+// Importer::detectOrder over a whole chat: the outer none means unsure.
+std::optional<std::optional<DateOrder>> detectOrder(std::string_view text);
+
 }  // namespace kinfolio::Importer::fast

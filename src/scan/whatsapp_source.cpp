@@ -8,6 +8,7 @@
 
 #include "importers/dates.h"
 #include "importers/whatsapp.h"
+#include "importers/whatsapp_fast.h"
 #include "model/files.h"
 #include "model/text.h"
 #include "scan/attach.h"
@@ -67,7 +68,8 @@ ChatOutcome whatsappSource(const std::string& text, const FileRecord& file, cons
                            DateOrder order, const std::string& mediaDir, ScanContext& ctx) {
     std::vector<std::string> notes;
     if (order == DateOrder::automatic) {
-        auto detected = Importer::detectOrder(text);
+        auto quick = Importer::fast::detectOrder(text);
+        auto detected = quick ? *quick : Importer::detectOrder(text);
         if (!detected) notes.emplace_back(kAmbiguousOrder);
         order = detected.value_or(DateOrder::dayFirst);
     }

@@ -165,3 +165,26 @@ TEST(WhatsAppFast, TimestampsOfValidDatesAgree) {
 
 }  // namespace
 }  // namespace kinfolio::Importer
+
+namespace kinfolio::Importer {
+namespace {
+
+TEST(WhatsAppFast, DateOrderDetectionAgreesWithTheExpression) {
+    std::mt19937 rng(5);
+    static const char* const breaks[] = {"\n", "\r\n", "\r", "\u2028", "\n\n"};
+    int decided = 0;
+    for (int i = 0; i < 3000; ++i) {
+        std::string text;
+        int lines = std::uniform_int_distribution<int>(1, 6)(rng);
+        for (int l = 0; l < lines; ++l)
+            text += generatedLine(rng) + pick(rng, breaks);
+        auto fast = fast::detectOrder(text);
+        if (!fast) continue;
+        ++decided;
+        ASSERT_EQ(*fast, detectOrder(text)) << text;
+    }
+    EXPECT_GT(decided, 300);
+}
+
+}  // namespace
+}  // namespace kinfolio::Importer
