@@ -1,5 +1,9 @@
 #include "importers/whatsapp.h"
 
+#include <algorithm>
+
+#include "importers/dates.h"
+#include "importers/whatsapp_fast.h"
 #include "importers/whatsapp_line.h"
 #include "model/text.h"
 
@@ -11,6 +15,38 @@ const Regex& whatsappLine() {
         "(?:\\s*[APap]\\.?\\s?[Mm]\\.?)?)\\]|(\\d{1,4}[/.-]\\d{1,2}[/.-]\\d{1,4},?\\s+"
         "\\d{1,2}:\\d{2}(?::\\d{2})?(?:\\s*[APap]\\.?\\s?[Mm]\\.?)?)\\s+[-\u2013])\\s*(.*)$");
     return line;
+}
+
+std::optional<WhatsAppLine> splitWhatsAppLine(std::string_view line) {
+    icu::UnicodeString u = toUnicode(line);
+    auto m = whatsappLine().matcher(u);
+    if (!m->find()) return std::nullopt;
+    auto stamp = groupText(*m, 1);
+    if (!stamp) stamp = groupText(*m, 2);
+    return WhatsAppLine{stamp.value_or(""), groupText(*m, 3).value_or("")};
+}
+
+bool startsLikeDate(std::string_view line) {
+    static const Regex dateLike("^\\[?\\d{1,4}[/.-]\\d{1,2}[/.-]\\d{1,4}");
+    return dateLike.find(toUnicode(line));
+}
+
+std::string normaliseTimestamp(std::string_view stamp) {
+    std::string out;
+    out.reserve(stamp.size());
+    for (size_t i = 0; i < stamp.size(); ++i) {
+        char c = stamp[i];
+        if (c == ',') continue;
+        if ((c == 'a' || c == 'A' || c == 'p' || c == 'P') && i + 3 < stamp.size() &&
+            stamp[i + 1] == '.' && (stamp[i + 2] == 'm' || stamp[i + 2] == 'M') &&
+            stamp[i + 3] == '.') {
+            out += (c == 'a' || c == 'A') ? "AM" : "PM";
+            i += 3;
+            continue;
+        }
+        out += c;
+    }
+    return out;
 }
 
 bool looksLikeWhatsApp(std::string_view text) {
@@ -37,6 +73,112 @@ bool looksLikeWhatsApp(std::string_view text) {
     }
     if (matching >= 2) return true;
     return matching == 1 && lines.size() < 3;
+}
+
+namespace {
+
+// Exports put left-to-right marks and byte-order marks around names and times.
+bool hasInvisibleMarks(std::string_view line) {
+    return line.find("\u200E") != std::string_view::npos ||
+           line.find("\uFEFF") != std::string_view::npos;
+}
+
+std::string withoutInvisibleMarks(std::string_view line) {
+    return removeAll(removeAll(line, "\u200E"), "\uFEFF");
+}
+
+// The timestamp and the rest of a message line, or none. The fast matcher
+// answers almost every line; the expression decides the odd ones.
+std::optional<std::pair<std::string, std::string_view>> messageLine(std::string_view line,
+                                                                    std::string& rest) {
+    auto fast = fast::matchLine(line);
+    if (fast.verdict == fast::Verdict::no) return std::nullopt;
+    if (fast.verdict == fast::Verdict::yes)
+        return std::pair{normaliseTimestamp(fast.timestamp), fast.rest};
+    auto slow = splitWhatsAppLine(line);
+    if (!slow) return std::nullopt;
+    rest = std::move(slow->rest);
+    return std::pair{normaliseTimestamp(slow->timestamp), std::string_view(rest)};
+}
+
+bool dateLike(std::string_view line) {
+    auto fast = fast::dateLikeStart(line);
+    if (fast == fast::Verdict::unsure) return startsLikeDate(line);
+    return fast == fast::Verdict::yes;
+}
+
+std::optional<Instant> messageDate(const std::string& stamp, DateOrder order) {
+    if (auto t = fast::timestamp(stamp, order)) return t;
+    return date(stamp, order);
+}
+
+ImportResult parseLines(std::string_view text, const std::string& fileID, DateOrder order) {
+    ImportResult result;
+    // One message a line is the usual shape; reserving saves regrowing a
+    // vector of a million items.
+    result.items.reserve(static_cast<size_t>(std::count(text.begin(), text.end(), '\n')) + 1);
+    std::string cleaned, slowRest;
+    size_t start = 0;
+    int64_t n = 0;
+    while (start <= text.size()) {
+        size_t end = text.find('\n', start);
+        bool last = end == std::string_view::npos;
+        if (last) end = text.size();
+        std::string_view line = text.substr(start, end - start);
+        start = end + 1;
+        ++n;
+        if (last && line.empty()) break;
+        if (hasInvisibleMarks(line)) {
+            cleaned = withoutInvisibleMarks(line);
+            line = cleaned;
+        }
+        if (auto m = messageLine(line, slowRest)) {
+            auto when = messageDate(m->first, order);
+            if (!when)
+                throw EvidenceError::invalid("Could not read the date on line " +
+                                             std::to_string(n) + ".");
+            Evidence e;
+            e.date = *when;
+            std::string_view rest = m->second;
+            size_t colon = rest.find(": ");
+            if (colon == std::string_view::npos) {
+                e.text = rest;
+            } else {
+                e.sender = rest.substr(0, colon);
+                e.text = rest.substr(colon + 2);
+            }
+            e.fileID = fileID;
+            e.position = n;
+            result.items.push_back(std::move(e));
+        } else if (dateLike(line)) {
+            throw EvidenceError::invalid("Unsupported timestamp on line " + std::to_string(n) +
+                                         ".");
+        } else if (!result.items.empty()) {
+            std::string& body = result.items.back().text;
+            body += '\n';
+            body += line;
+        } else if (!line.empty()) {
+            result.notes.push_back("Ignored header line " + std::to_string(n) + ".");
+        }
+        if (last) break;
+    }
+    if (result.items.empty()) throw EvidenceError::invalid("No WhatsApp messages found.");
+    return result;
+}
+
+}  // namespace
+
+ImportResult whatsapp(std::string_view text, const std::string& fileID, DateOrder order) {
+    std::string owned;
+    if (!isValidUtf8(text)) {
+        owned = repairUtf8(text);
+        text = owned;
+    }
+    if (text.find('\r') != std::string_view::npos) {
+        owned = replaceAll(replaceAll(text, "\r\n", "\n"), "\r", "\n");
+        text = owned;
+    }
+    return parseLines(text, fileID, order);
 }
 
 }  // namespace kinfolio::Importer

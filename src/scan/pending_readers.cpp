@@ -10,12 +10,6 @@ void notRead(ScanContext& ctx, Record& r) {
 }
 }  // namespace
 
-void readZip(ScanContext& ctx, Record& zip) {
-    notRead(ctx, zip);
-}
-void readWhatsAppText(ScanContext& ctx, Record& chat, const std::string&, const std::string&) {
-    notRead(ctx, chat);
-}
 void readLineText(ScanContext& ctx, Record& chat, const std::string&) {
     notRead(ctx, chat);
 }

@@ -1,0 +1,301 @@
+#include "importers/whatsapp_fast.h"
+
+#include <unicode/uchar.h>
+#include <unicode/utf8.h>
+
+#include <chrono>
+#include <ctime>
+
+#include "importers/dates.h"
+
+namespace kinfolio::Importer::fast {
+
+namespace {
+
+// What one character is to the expression: \d and \s follow ICU's Unicode
+// rules, so anything outside ASCII that might count is left to ICU.
+enum class Kind { digit, space, other, unsure };
+
+struct Char {
+    Kind kind;
+    size_t length;
+};
+
+Char classify(std::string_view s, size_t i) {
+    if (i >= s.size()) return {Kind::other, 0};
+    auto c = static_cast<unsigned char>(s[i]);
+    if (c >= '0' && c <= '9') return {Kind::digit, 1};
+    if (c == ' ' || c == '\t') return {Kind::space, 1};
+    if (c < 0x20) return {Kind::unsure, 1};  // \v, \f and the rest: rare, ICU decides
+    if (c < 0x80) return {Kind::other, 1};
+    int32_t at = static_cast<int32_t>(i), end = static_cast<int32_t>(s.size());
+    UChar32 cp;
+    U8_NEXT(reinterpret_cast<const uint8_t*>(s.data()), at, end, cp);
+    size_t length = static_cast<size_t>(at) - i;
+    // The two spaces exports really use before the marker or after the comma.
+    if (cp == 0x202F || cp == 0xA0) return {Kind::space, length};
+    if (cp < 0 || u_isdigit(cp) || u_isUWhiteSpace(cp) || u_isspace(cp))
+        return {Kind::unsure, length};
+    return {Kind::other, length};
+}
+
+struct Cursor {
+    std::string_view s;
+    size_t i = 0;
+    bool unsure = false;
+
+    Kind peek() {
+        Char c = classify(s, i);
+        if (c.kind == Kind::unsure) unsure = true;
+        return c.kind;
+    }
+    bool is(char c) const { return i < s.size() && s[i] == c; }
+    // A run of min..max digits that the next character does not continue.
+    bool digits(size_t min, size_t max) {
+        size_t n = 0;
+        while (n < max && peek() == Kind::digit) {
+            ++i;
+            ++n;
+        }
+        if (peek() == Kind::digit) return false;  // a longer run never matches
+        return !unsure && n >= min;
+    }
+    size_t spaces() {
+        size_t n = 0;
+        while (peek() == Kind::space) {
+            i += classify(s, i).length;
+            ++n;
+        }
+        return n;
+    }
+    bool oneOf(std::string_view set) {
+        if (i < s.size() && set.find(s[i]) != std::string_view::npos) {
+            ++i;
+            return true;
+        }
+        return false;
+    }
+};
+
+// \d{1,4}[/.-]\d{1,2}[/.-]\d{1,4},?\s+\d{1,2}:\d{2}(?::\d{2})?(?:\s*[APap]\.?\s?[Mm]\.?)?
+bool timestampPart(Cursor& c) {
+    if (!c.digits(1, 4) || !c.oneOf("/.-") || !c.digits(1, 2) || !c.oneOf("/.-") || !c.digits(1, 4))
+        return false;
+    c.oneOf(",");
+    if (c.spaces() == 0 || !c.digits(1, 2) || !c.oneOf(":")) return false;
+    if (c.peek() != Kind::digit || (++c.i, c.peek() != Kind::digit)) return false;
+    ++c.i;
+    if (c.peek() == Kind::digit) return false;
+    if (c.is(':')) {
+        size_t back = c.i++;
+        if (c.peek() == Kind::digit && (++c.i, c.peek() == Kind::digit)) {
+            ++c.i;
+            if (c.peek() == Kind::digit) return false;
+        } else {
+            c.i = back;  // ":" without two digits ends the timestamp here
+        }
+    }
+    // The optional marker; when it does not complete, nothing of it is taken.
+    size_t before = c.i;
+    c.spaces();
+    if (c.oneOf("APap")) {
+        c.oneOf(".");
+        if (c.peek() == Kind::space) c.i += classify(c.s, c.i).length;
+        if (c.oneOf("Mm")) {
+            c.oneOf(".");
+            return !c.unsure;
+        }
+    }
+    c.i = before;
+    return !c.unsure;
+}
+
+bool isLineTerminatorAt(std::string_view s, size_t i) {
+    auto c = static_cast<unsigned char>(s[i]);
+    if (c == 0x0B || c == 0x0C || c == 0x0D) return true;
+    if (c == 0xC2 && i + 1 < s.size() && static_cast<unsigned char>(s[i + 1]) == 0x85) return true;
+    return c == 0xE2 && i + 2 < s.size() && s[i + 1] == '\x80' &&
+           (s[i + 2] == '\xA8' || s[i + 2] == '\xA9');
+}
+
+LineMatch noMatch() {
+    return {Verdict::no, {}, {}};
+}
+
+}  // namespace
+
+LineMatch matchLine(std::string_view line) {
+    Cursor c{line};
+    bool iphone = c.is('[');
+    if (iphone) ++c.i;
+    size_t start = c.i;
+    bool ok = timestampPart(c);
+    if (c.unsure) return {};
+    if (!ok) return noMatch();
+    std::string_view stamp = line.substr(start, c.i - start);
+    if (iphone) {
+        if (!c.oneOf("]")) return noMatch();
+    } else {
+        if (c.spaces() == 0) return c.unsure ? LineMatch{} : noMatch();
+        if (!c.oneOf("-")) {
+            if (line.substr(c.i, 3) != "\u2013") return noMatch();
+            c.i += 3;
+        }
+    }
+    c.spaces();
+    if (c.unsure) return {};
+    for (size_t i = c.i; i < line.size(); ++i)
+        if (isLineTerminatorAt(line, i)) return {};
+    return {Verdict::yes, stamp, line.substr(c.i)};
+}
+
+Verdict dateLikeStart(std::string_view line) {
+    Cursor c{line};
+    if (c.is('[')) ++c.i;
+    // The last run may go on: only its first digit is needed.
+    bool ok = c.digits(1, 4) && c.oneOf("/.-") && c.digits(1, 2) && c.oneOf("/.-") &&
+              c.peek() == Kind::digit;
+    if (c.unsure) return Verdict::unsure;
+    return ok ? Verdict::yes : Verdict::no;
+}
+
+namespace {
+
+// Reads exactly the ASCII digits of [from, to) into value.
+bool number(std::string_view s, size_t from, size_t to, int& value) {
+    if (from >= to || to > s.size()) return false;
+    value = 0;
+    for (size_t i = from; i < to; ++i) {
+        if (s[i] < '0' || s[i] > '9') return false;
+        value = value * 10 + (s[i] - '0');
+    }
+    return true;
+}
+
+// The first year that the "yy" pivot gives a two-digit year: ICU places
+// those in the hundred years starting 80 years before today.
+int centuryStartYear() {
+    static const int year = [] {
+        std::time_t now = std::time(nullptr);
+        std::tm utc{};
+        gmtime_r(&now, &utc);
+        return utc.tm_year + 1900 - 80;
+    }();
+    return year;
+}
+
+}  // namespace
+
+// Handles "d/M/y H:mm[:ss][ AM|PM]" (and month first) and "d.M.y H:mm[:ss]"
+// with a 4-digit year from 1600 on or a 2-digit year away from the pivot
+// year, one space between the parts and values in range: exactly the cases
+// where the first pattern of the lists that reads the text is known. The rest
+// goes to Importer::date.
+std::optional<Instant> timestamp(std::string_view s, DateOrder order) {
+    size_t p1 = s.find_first_of("/.");
+    if (p1 == std::string_view::npos) return std::nullopt;
+    char sep = s[p1];
+    if (sep == '.' && order == DateOrder::monthFirst) return std::nullopt;
+    size_t p2 = s.find(sep, p1 + 1);
+    size_t space = s.find(' ', p1);
+    if (p2 == std::string_view::npos || space == std::string_view::npos || p2 > space)
+        return std::nullopt;
+    size_t colon = s.find(':', space);
+    if (colon == std::string_view::npos) return std::nullopt;
+    int a, b, year, hour, minute, second = 0;
+    if (p1 > 2 || p2 - p1 - 1 > 2 || !number(s, 0, p1, a) || !number(s, p1 + 1, p2, b))
+        return std::nullopt;
+    size_t yearDigits = space - p2 - 1;
+    if ((yearDigits != 2 && yearDigits != 4) || !number(s, p2 + 1, space, year))
+        return std::nullopt;
+    if (colon - space - 1 < 1 || colon - space - 1 > 2 || !number(s, space + 1, colon, hour))
+        return std::nullopt;
+    if (!number(s, colon + 1, colon + 3, minute)) return std::nullopt;
+    size_t i = colon + 3;
+    if (i < s.size() && s[i] == ':') {
+        if (!number(s, i + 1, i + 3, second)) return std::nullopt;
+        i += 3;
+    }
+    int marker = 0;  // 0 none, 1 AM, 2 PM
+    if (i < s.size()) {
+        std::string_view tail = s.substr(i);
+        if (sep == '.') return std::nullopt;
+        if (tail == " AM" || tail ==
+                                 "\u202F"
+                                 "AM")
+            marker = 1;
+        else if (tail == " PM" || tail ==
+                                      "\u202F"
+                                      "PM")
+            marker = 2;
+        else
+            return std::nullopt;
+    }
+    // ICU counts days in the Julian calendar before the Gregorian reform of
+    // 1582; such years are left to it.
+    if (yearDigits == 4 && year < 1600) return std::nullopt;
+    if (yearDigits == 2) {
+        int start = centuryStartYear();
+        int full = start / 100 * 100 + year;
+        if (full < start) full += 100;
+        if (full <= start + 1 || full >= start + 99) return std::nullopt;
+        year = full;
+    }
+    if (minute > 59 || second > 59) return std::nullopt;
+    if (marker == 0 && hour > 23) return std::nullopt;
+    if (marker != 0) {
+        if (hour < 1 || hour > 12) return std::nullopt;
+        hour = hour % 12 + (marker == 2 ? 12 : 0);
+    }
+    int day = order == DateOrder::monthFirst ? b : a;
+    int month = order == DateOrder::monthFirst ? a : b;
+    return makeDate(year, month, day, hour, minute, second);
+}
+
+std::optional<std::optional<DateOrder>> detectOrder(std::string_view text) {
+    // "^" of the expression also follows \v, \f, U+0085, U+2028 and U+2029;
+    // texts holding those are left to it.
+    bool hasCarriageReturn = false;
+    for (size_t i = 0; i < text.size(); ++i) {
+        auto b = static_cast<unsigned char>(text[i]);
+        if ((b < 0x0E || b >= 0xC2) && isLineTerminatorAt(text, i)) {
+            if (b != '\r') return std::nullopt;
+            hasCarriageReturn = true;
+        }
+    }
+    bool any = false, dayFirst = false, monthFirst = false;
+    size_t start = 0;
+    while (start <= text.size()) {
+        Cursor c{text.substr(start, std::min<size_t>(16, text.size() - start))};
+        if (c.is('[')) ++c.i;
+        size_t a0 = c.i;
+        bool ok = c.digits(1, 2);
+        size_t a1 = c.i;
+        ok = ok && c.oneOf("/.-");
+        size_t b0 = c.i;
+        ok = ok && c.digits(1, 2);
+        size_t b1 = c.i;
+        ok = ok && c.oneOf("/.-") && c.peek() == Kind::digit && (++c.i, c.peek() == Kind::digit);
+        if (c.unsure) return std::nullopt;
+        if (ok) {
+            int a = 0, b = 0;
+            number(c.s, a0, a1, a);
+            number(c.s, b0, b1, b);
+            any = true;
+            if (a > 12) {
+                dayFirst = true;
+                if (b > 12) monthFirst = true;
+            } else if (b >= 13) {
+                monthFirst = true;
+            }
+        }
+        size_t next =
+            hasCarriageReturn ? text.find_first_of("\r\n", start) : text.find('\n', start);
+        if (next == std::string_view::npos) break;
+        start = next + 1;
+    }
+    if (!any || dayFirst == monthFirst) return std::optional<DateOrder>();
+    return std::optional<DateOrder>(dayFirst ? DateOrder::dayFirst : DateOrder::monthFirst);
+}
+
+}  // namespace kinfolio::Importer::fast

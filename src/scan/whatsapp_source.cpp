@@ -1,0 +1,181 @@
+#include "scan/whatsapp_source.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <filesystem>
+
+#include "importers/dates.h"
+#include "importers/whatsapp.h"
+#include "importers/whatsapp_fast.h"
+#include "model/files.h"
+#include "model/text.h"
+#include "scan/attach.h"
+#include "scan/readers.h"
+#include "scan/scanner.h"
+
+namespace kinfolio::Scanner {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::array<std::string_view, 4> kTitlePrefixes = {
+    "WhatsApp Chat with ", "WhatsApp Chat - ", "WhatsApp-Chat mit ", "Chat de WhatsApp con "};
+
+constexpr const char* kAmbiguousOrder =
+    "The dates could be day/month or month/day; day first was assumed. Change Date order if "
+    "they look wrong.";
+
+bool isPrivateFolder(const std::string& path) {
+    struct stat st {};
+    return ::lstat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode) && st.st_uid == ::getuid() &&
+           (st.st_mode & 0077) == 0;
+}
+
+bool isOwnRegularFile(const std::string& path) {
+    struct stat st {};
+    return ::lstat(path.c_str(), &st) == 0 && S_ISREG(st.st_mode) && st.st_uid == ::getuid();
+}
+
+}  // namespace
+
+std::optional<std::string> attachmentName(const std::string& text) {
+    // Both expressions need their literal words; most messages have neither.
+    if (text.find("<attached: ") != std::string::npos) {
+        static const Regex iphone("<attached: ([^>]+)>");
+        icu::UnicodeString u = toUnicode(text);
+        auto m = iphone.matcher(u);
+        if (m->find()) return groupText(*m, 1);
+    }
+    if (text.find(" (file attached)") != std::string::npos) {
+        static const Regex android("^(\\S.*\\.\\w{2,4}) \\(file attached\\)");
+        icu::UnicodeString u = toUnicode(text);
+        auto m = android.matcher(u);
+        if (m->find()) return groupText(*m, 1);
+    }
+    return std::nullopt;
+}
+
+std::string withoutTitlePrefix(const std::string& name) {
+    for (auto prefix : kTitlePrefixes)
+        if (startsWith(name, prefix)) return name.substr(prefix.size());
+    return name;
+}
+
+ChatOutcome whatsappSource(const std::string& text, const FileRecord& file, const std::string& name,
+                           DateOrder order, const std::string& mediaDir, ScanContext& ctx) {
+    std::vector<std::string> notes;
+    if (order == DateOrder::automatic) {
+        auto quick = Importer::fast::detectOrder(text);
+        auto detected = quick ? *quick : Importer::detectOrder(text);
+        if (!detected) notes.emplace_back(kAmbiguousOrder);
+        order = detected.value_or(DateOrder::dayFirst);
+    }
+    Importer::ImportResult chat;
+    try {
+        chat = Importer::whatsapp(text, file.sha256, order);
+    } catch (const EvidenceError& e) {
+        return SkippedFile{file.path, std::string("Looks like a WhatsApp chat, but: ") + e.what()};
+    }
+    for (auto& item : chat.items)
+        item.attachmentName = attachmentName(item.text);
+
+    std::vector<FileRecord> media;
+    Resolver inMediaDir = [&](const std::string& attached) -> std::optional<std::string> {
+        if (attached.empty()) return std::nullopt;
+        return (fs::path(mediaDir) / attached).lexically_normal().string();
+    };
+    attach(chat.items, inMediaDir, ctx, media);
+
+    for (auto& note : chat.notes)
+        notes.push_back(std::move(note));
+    return chatSource(SourceKind::whatsapp, file, std::move(media), std::move(chat.items),
+                      withoutTitlePrefix(name), std::move(notes));
+}
+
+std::optional<ZipArchive::Entry> chatEntry(const ZipArchive& zip) {
+    std::optional<ZipArchive::Entry> first;
+    for (const auto& e : zip.entries()) {
+        if (!endsWith(e.path, ".txt") || startsWith(e.path, "__MACOSX")) continue;
+        if (endsWith(e.path, "_chat.txt") || e.path.find("WhatsApp") != std::string::npos) return e;
+        if (!first) first = e;
+    }
+    return first;
+}
+
+std::optional<std::string> extractWhatsAppZip(const ZipArchive& zip, const std::string& id) {
+    auto entry = chatEntry(zip);
+    if (!entry) return std::nullopt;
+    try {
+        // Per user and closed to others: another local user must not be able
+        // to plant a chat or a link in it.
+        std::string cache = privateCacheDirectory() + "/whatsapp";
+        if (::mkdir(cache.c_str(), 0700) != 0 && errno != EEXIST) return std::nullopt;
+        if (!isPrivateFolder(cache)) return std::nullopt;
+        std::string folder = cache + "/" + id.substr(0, 16);
+        std::string chat = (fs::path(folder) / entry->path).lexically_normal().string();
+        if (!startsWith(chat, folder + "/")) return std::nullopt;
+        if (!isPrivateFolder(folder) || !isOwnRegularFile(chat)) {
+            std::error_code ec;
+            fs::remove_all(folder, ec);
+            zip.extract(folder);
+        }
+        auto mapped = MappedFile::open(chat);
+        if (!mapped || !isValidUtf8(mapped->bytes())) return std::nullopt;
+        if (!Importer::looksLikeWhatsApp(mapped->bytes())) return std::nullopt;
+        return chat;
+    } catch (const EvidenceError&) {
+        return std::nullopt;
+    }
+}
+
+std::optional<std::string> extractWhatsAppZip(const std::string& zipPath, const std::string& id) {
+    try {
+        return extractWhatsAppZip(ZipArchive::open(zipPath), id);
+    } catch (const EvidenceError&) {
+        return std::nullopt;
+    }
+}
+
+void readWhatsAppText(ScanContext& ctx, Record& chat, const std::string& text,
+                      const std::string& name) {
+    std::string mediaDir = fs::path(chat.path).parent_path().string();
+    auto outcome = whatsappSource(text, chat.file, name, ctx.order, mediaDir, ctx);
+    if (auto* skipped = std::get_if<SkippedFile>(&outcome))
+        ctx.skipped.push_back(std::move(*skipped));
+    else
+        ctx.sources.push_back(std::move(std::get<Source>(outcome)));
+}
+
+void readZip(ScanContext& ctx, Record& zipRecord) {
+    constexpr const char* kNoChat =
+        "ZIP without a chat export inside. Unzip it into the folder if it holds photos or "
+        "documents.";
+    std::string name = fs::path(zipRecord.path).stem().string();
+    try {
+        ZipArchive zip = ZipArchive::fromMapped(std::move(zipRecord.data));
+        auto chatPath = extractWhatsAppZip(zip, zipRecord.file.sha256);
+        if (!chatPath) {
+            // Tell a chat in another encoding apart from an archive without one.
+            auto entry = chatEntry(zip);
+            bool notUtf8 = entry && !isValidUtf8(zip.contents(*entry));
+            return ctx.skip(zipRecord.path,
+                            notUtf8 ? "Chat inside the ZIP is not UTF-8 text." : kNoChat);
+        }
+        auto text = MappedFile::open(*chatPath);
+        if (!text) return ctx.skip(zipRecord.path, kNoChat);
+        std::string mediaDir = fs::path(*chatPath).parent_path().string();
+        auto outcome = whatsappSource(std::string(text->bytes()), zipRecord.file, name, ctx.order,
+                                      mediaDir, ctx);
+        if (auto* skipped = std::get_if<SkippedFile>(&outcome))
+            ctx.skipped.push_back(std::move(*skipped));
+        else
+            ctx.sources.push_back(std::move(std::get<Source>(outcome)));
+    } catch (const EvidenceError&) {
+        ctx.skip(zipRecord.path, kNoChat);
+    }
+}
+
+}  // namespace kinfolio::Scanner

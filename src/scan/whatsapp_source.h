@@ -1,0 +1,41 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+
+#include "media/zip_archive.h"
+#include "model/settings.h"
+#include "scan/scan_context.h"
+
+// WhatsApp exports in the folder scan: a loose chat text with its media
+// beside it, or the ZIP the phone writes when media are attached.
+namespace kinfolio::Scanner {
+
+// The source of one chat, or the chat file skipped with its reason.
+using ChatOutcome = std::variant<Source, SkippedFile>;
+
+// Reads the chat, links its attachments (looked up in mediaDir; claimed in
+// ctx.consumed, images recorded) and names it after `name` without the
+// "WhatsApp Chat with " style prefix.
+ChatOutcome whatsappSource(const std::string& text, const FileRecord& file, const std::string& name,
+                           DateOrder order, const std::string& mediaDir, ScanContext& ctx);
+
+// The attachment file name a message names, iPhone or Android style.
+std::optional<std::string> attachmentName(const std::string& text);
+
+// The chat's name without the export's title prefix.
+std::string withoutTitlePrefix(const std::string& name);
+
+// The entry of the archive that holds the chat, if any: a ".txt" outside
+// "__MACOSX", preferring "_chat.txt" or a name with "WhatsApp".
+std::optional<ZipArchive::Entry> chatEntry(const ZipArchive& zip);
+
+// Unpacks the archive into a private folder of the user's cache named by the
+// first 16 digits of `id` (reused when the chat is already there) and returns
+// the path of the chat file; none when the archive holds no readable chat.
+std::optional<std::string> extractWhatsAppZip(const ZipArchive& zip, const std::string& id);
+std::optional<std::string> extractWhatsAppZip(const std::string& zipPath, const std::string& id);
+
+}  // namespace kinfolio::Scanner

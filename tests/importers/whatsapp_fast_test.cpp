@@ -1,0 +1,190 @@
+#include "importers/whatsapp_fast.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "importers/dates.h"
+#include "importers/whatsapp_line.h"
+
+// The hand-written readers must answer exactly as the ICU reference wherever
+// they answer at all. Lines are generated from pieces that cover both phone
+// families, the marker forms, odd spaces and digits, and bad dates.
+namespace kinfolio::Importer {
+namespace {
+
+// Half of the time the first option (the usual form), else any.
+template <size_t N>
+const char* pick(std::mt19937& rng, const char* const (&options)[N]) {
+    if (std::uniform_int_distribution<int>(0, 1)(rng)) return options[0];
+    return options[std::uniform_int_distribution<size_t>(0, N - 1)(rng)];
+}
+
+std::string digits(std::mt19937& rng, int min, int max, int low, int high) {
+    int n = std::uniform_int_distribution<int>(min, max)(rng);
+    int value = std::uniform_int_distribution<int>(low, high)(rng);
+    std::string s = std::to_string(value);
+    while (static_cast<int>(s.size()) < n)
+        s = "0" + s;
+    return s;
+}
+
+std::string generatedLine(std::mt19937& rng) {
+    static const char* const iphoneOpens[] = {"[", "\uFEFF[", " [", ""};
+    static const char* const androidOpens[] = {"", "[", "\u200F"};
+    static const char* const seps[] = {"/", ".", "-", ":", "\u0664"};
+    static const char* const commas[] = {",", "", ",,"};
+    static const char* const gaps[] = {" ", "  ", "\u202F", "\u00A0", "\t", "", "\v"};
+    static const char* const markers[] = {
+        "",   " AM",  " PM",  "\u202FPM",  " am",  " pm",  " a.m.", " P.M.",    " p. m.", "PM",
+        " A", " a.m", "  PM", " \u202FAM", " Pm.", " AM.", " PM ",  "\u00A0AM", " M"};
+    static const char* const iphoneCloses[] = {"] ", "]", "]\u202F", "] - ", " ]", ""};
+    static const char* const androidCloses[] = {
+        " - ", " \u2013 ", " -", "  -  ", "\t- ", " \u2014 ", ": ", "", " ", "-", "\u202F\u2013 "};
+    static const char* const rests[] = {"Sam Lee: hi there",
+                                        "Sam Lee: <attached: 00000003-PHOTO.jpg>",
+                                        "Messages are end-to-end encrypted.",
+                                        "",
+                                        "\u00DCmit: gr\u00FC\u00DFe",
+                                        "\u65E5\u672C: \u30C6\u30B9\u30C8",
+                                        "\u3000Sam: wide space",
+                                        "Sam: line\u2028break",
+                                        "Sam: tab\there",
+                                        "Sam: vertical\vtab",
+                                        "\u0663 Sam: digit",
+                                        "Sam: ends with a separator\u2029"};
+    bool iphone = std::uniform_int_distribution<int>(0, 1)(rng);
+    std::string line = iphone ? pick(rng, iphoneOpens) : pick(rng, androidOpens);
+    int shape = std::uniform_int_distribution<int>(0, 9)(rng);
+    std::string a = digits(rng, 1, 2, 0, 32), b = digits(rng, 1, 2, 0, 13);
+    std::string year = shape == 0   ? digits(rng, 1, 5, 0, 99999)
+                       : shape <= 5 ? digits(rng, 4, 4, 1990, 2030)
+                                    : digits(rng, 2, 2, 0, 99);
+    if (shape == 1) a = digits(rng, 1, 4, 0, 2025);
+    if (shape == 2) a = "\u0661";  // an Arabic-Indic digit
+    std::string sep = pick(rng, seps);
+    if (std::uniform_int_distribution<int>(0, 3)(rng) == 0) sep = pick(rng, seps);
+    line += a + sep + b + (std::uniform_int_distribution<int>(0, 5)(rng) ? sep : pick(rng, seps)) +
+            year;
+    line += pick(rng, commas);
+    line += pick(rng, gaps);
+    line +=
+        digits(rng, 1, shape == 3 ? 3 : 2, 0, 25) + ":" + digits(rng, 2, shape == 4 ? 3 : 2, 0, 61);
+    if (std::uniform_int_distribution<int>(0, 1)(rng))
+        line += ":" + digits(rng, shape == 5 ? 1 : 2, 2, 0, 61);
+    line += pick(rng, markers);
+    line += iphone ? pick(rng, iphoneCloses) : pick(rng, androidCloses);
+    line += pick(rng, rests);
+    return line;
+}
+
+TEST(WhatsAppFast, LineMatcherAgreesWithTheExpression) {
+    std::mt19937 rng(20250105);
+    int decided = 0, matched = 0;
+    for (int i = 0; i < 30000; ++i) {
+        std::string line = generatedLine(rng);
+        auto fast = fast::matchLine(line);
+        auto reference = splitWhatsAppLine(line);
+        if (fast.verdict == fast::Verdict::unsure) continue;
+        ++decided;
+        ASSERT_EQ(fast.verdict == fast::Verdict::yes, reference.has_value()) << line;
+        if (!reference) continue;
+        ++matched;
+        EXPECT_EQ(fast.timestamp, reference->timestamp) << line;
+        EXPECT_EQ(fast.rest, reference->rest) << line;
+    }
+    // Most generated lines are plain enough to be decided without ICU.
+    EXPECT_GT(decided, 20000);
+    EXPECT_GT(matched, 3000);
+}
+
+TEST(WhatsAppFast, DateLikeStartAgreesWithTheExpression) {
+    std::mt19937 rng(7);
+    int decided = 0;
+    for (int i = 0; i < 20000; ++i) {
+        std::string line = generatedLine(rng);
+        line = line.substr(0, std::uniform_int_distribution<size_t>(0, line.size())(rng));
+        auto fast = fast::dateLikeStart(line);
+        if (fast == fast::Verdict::unsure) continue;
+        ++decided;
+        ASSERT_EQ(fast == fast::Verdict::yes, startsLikeDate(line)) << line;
+    }
+    EXPECT_GT(decided, 15000);
+}
+
+TEST(WhatsAppFast, TimestampsAgreeWithTheDatePatterns) {
+    std::mt19937 rng(42);
+    int compared = 0;
+    for (int i = 0; i < 20000; ++i) {
+        auto reference = splitWhatsAppLine(generatedLine(rng));
+        if (!reference) continue;
+        std::string stamp = normaliseTimestamp(reference->timestamp);
+        for (auto order : {DateOrder::automatic, DateOrder::dayFirst, DateOrder::monthFirst}) {
+            auto fast = fast::timestamp(stamp, order);
+            if (!fast) continue;
+            ++compared;
+            auto slow = date(stamp, order);
+            ASSERT_TRUE(slow.has_value()) << stamp;
+            ASSERT_EQ(*fast, *slow) << stamp;
+        }
+    }
+    EXPECT_GT(compared, 1000);
+}
+
+TEST(WhatsAppFast, TimestampsOfValidDatesAgree) {
+    std::mt19937 rng(99);
+    static const char* const markers[] = {"", " AM", " PM", "\u202FPM", "\u202FAM"};
+    int compared = 0;
+    for (int i = 0; i < 5000; ++i) {
+        int year = std::uniform_int_distribution<int>(1930, 2040)(rng);
+        int month = std::uniform_int_distribution<int>(1, 12)(rng);
+        int day = std::uniform_int_distribution<int>(1, 31)(rng);
+        std::string marker = pick(rng, markers);
+        int hour = marker.empty() ? std::uniform_int_distribution<int>(0, 23)(rng)
+                                  : std::uniform_int_distribution<int>(1, 12)(rng);
+        bool twoDigitYear = std::uniform_int_distribution<int>(0, 1)(rng);
+        bool seconds = std::uniform_int_distribution<int>(0, 1)(rng);
+        char sep = std::uniform_int_distribution<int>(0, 3)(rng) ? '/' : '.';
+        char buf[96];
+        std::snprintf(buf, sizeof buf, "%d%c%02d%c%0*d %d:%02d", day, sep, month, sep,
+                      twoDigitYear ? 2 : 4, twoDigitYear ? year % 100 : year, hour, i % 60);
+        std::string stamp = buf;
+        if (seconds) stamp += ":" + std::to_string(10 + i % 50);
+        stamp += marker;
+        for (auto order : {DateOrder::dayFirst, DateOrder::monthFirst}) {
+            auto fast = fast::timestamp(stamp, order);
+            auto slow = date(stamp, order);
+            if (fast) {
+                ++compared;
+                ASSERT_EQ(fast, slow) << stamp;
+            }
+        }
+    }
+    EXPECT_GT(compared, 4000);
+}
+
+}  // namespace
+}  // namespace kinfolio::Importer
+
+namespace kinfolio::Importer {
+namespace {
+
+TEST(WhatsAppFast, DateOrderDetectionAgreesWithTheExpression) {
+    std::mt19937 rng(5);
+    static const char* const breaks[] = {"\n", "\r\n", "\r", "\u2028", "\n\n"};
+    int decided = 0;
+    for (int i = 0; i < 3000; ++i) {
+        std::string text;
+        int lines = std::uniform_int_distribution<int>(1, 6)(rng);
+        for (int l = 0; l < lines; ++l)
+            text += generatedLine(rng) + pick(rng, breaks);
+        auto fast = fast::detectOrder(text);
+        if (!fast) continue;
+        ++decided;
+        ASSERT_EQ(*fast, detectOrder(text)) << text;
+    }
+    EXPECT_GT(decided, 300);
+}
+
+}  // namespace
+}  // namespace kinfolio::Importer

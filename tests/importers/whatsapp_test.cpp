@@ -1,0 +1,127 @@
+#include "importers/whatsapp.h"
+
+#include <gtest/gtest.h>
+
+#include "importers/dates.h"
+#include "importers/whatsapp_line.h"
+
+namespace kinfolio::Importer {
+namespace {
+
+Instant at(int y, int mo, int d, int h, int mi, int s = 0) {
+    return *makeDate(y, mo, d, h, mi, s);
+}
+
+std::string errorOf(std::string_view text, DateOrder order = DateOrder::dayFirst) {
+    try {
+        whatsapp(text, "f", order);
+    } catch (const EvidenceError& e) {
+        return e.what();
+    }
+    return "(no error)";
+}
+
+TEST(WhatsApp, ReadsIPhoneLinesWithSenderTextAndPosition) {
+    auto r = whatsapp(
+        "[05/01/2025, 09:00:00] Alex Morgan: Did you land safely?\n"
+        "[05/01/2025, 09:04:00] Sam Lee: Yes: just now: tired\n",
+        "abc", DateOrder::dayFirst);
+    ASSERT_EQ(r.items.size(), 2u);
+    EXPECT_EQ(r.items[0].sender, "Alex Morgan");
+    EXPECT_EQ(r.items[0].text, "Did you land safely?");
+    EXPECT_EQ(r.items[0].date, at(2025, 1, 5, 9, 0));
+    EXPECT_EQ(r.items[0].fileID, "abc");
+    EXPECT_EQ(r.items[0].position, 1);
+    EXPECT_EQ(r.items[1].sender, "Sam Lee");
+    EXPECT_EQ(r.items[1].text, "Yes: just now: tired");
+    EXPECT_EQ(r.items[1].position, 2);
+    EXPECT_FALSE(r.items[1].attachmentName);
+    EXPECT_TRUE(r.notes.empty());
+}
+
+TEST(WhatsApp, ReadsAndroidLinesWithHyphenEnDashAndNarrowSpace) {
+    auto r = whatsapp(
+        "5/1/25, 9:04 PM - Sam Lee: hyphen\n"
+        "5/1/25, 9:05\u202FPM - Sam Lee: narrow space\n"
+        "5/1/25, 9:06 PM \u2013 Alex: en dash\n"
+        "5/1/25, 9:07 p.m. - Alex: dotted\n",
+        "f", DateOrder::monthFirst);
+    ASSERT_EQ(r.items.size(), 4u);
+    EXPECT_EQ(r.items[0].date, at(2025, 5, 1, 21, 4));
+    EXPECT_EQ(r.items[1].date, at(2025, 5, 1, 21, 5));
+    EXPECT_EQ(r.items[1].text, "narrow space");
+    EXPECT_EQ(r.items[2].sender, "Alex");
+    EXPECT_EQ(r.items[2].text, "en dash");
+    EXPECT_EQ(r.items[3].date, at(2025, 5, 1, 21, 7));
+}
+
+TEST(WhatsApp, ContinuationLinesJoinTheMessageWithLineFeeds) {
+    auto r = whatsapp(
+        "[05/01/2025, 09:00:00] Alex: Packing now\r\n"
+        "Bring the blue scarf, it's cold here.\r\n"
+        "\r\n"
+        "See you\r"
+        "[05/01/2025, 09:10:00] Sam: ok",
+        "f", DateOrder::dayFirst);
+    ASSERT_EQ(r.items.size(), 2u);
+    EXPECT_EQ(r.items[0].text, "Packing now\nBring the blue scarf, it's cold here.\n\nSee you");
+    EXPECT_EQ(r.items[0].position, 1);
+    EXPECT_EQ(r.items[1].position, 5);
+}
+
+TEST(WhatsApp, SystemLinesHaveNoSender) {
+    auto r = whatsapp(
+        "[05/01/2025, 09:00:00] Messages and calls are end-to-end encrypted.\n"
+        "[05/01/2025, 09:01:00] \u200ESam Lee changed the group name\n",
+        "f", DateOrder::dayFirst);
+    ASSERT_EQ(r.items.size(), 2u);
+    EXPECT_EQ(r.items[0].sender, "");
+    EXPECT_EQ(r.items[0].text, "Messages and calls are end-to-end encrypted.");
+    EXPECT_TRUE(r.items[1].isSystem());
+    EXPECT_EQ(r.items[1].text, "Sam Lee changed the group name");
+}
+
+TEST(WhatsApp, InvisibleMarksAreRemovedEverywhere) {
+    auto r = whatsapp("\uFEFF[05/01/2025, 09:00:00] \u200ESam:\u200E hi\u200E\n", "f",
+                      DateOrder::dayFirst);
+    ASSERT_EQ(r.items.size(), 1u);
+    EXPECT_EQ(r.items[0].sender, "Sam");
+    EXPECT_EQ(r.items[0].text, "hi");
+}
+
+TEST(WhatsApp, TitleLineBeforeTheFirstMessageIsANote) {
+    auto r = whatsapp("WhatsApp Chat with Sam\n\n[05/01/2025, 09:00:00] Sam: hi\n", "f",
+                      DateOrder::dayFirst);
+    ASSERT_EQ(r.items.size(), 1u);
+    EXPECT_EQ(r.notes, std::vector<std::string>{"Ignored header line 1."});
+    EXPECT_EQ(r.items[0].position, 3);
+}
+
+TEST(WhatsApp, RefusalsNameTheLine) {
+    EXPECT_EQ(errorOf("[05/01/2025, 09:00:00] Sam: hi\n05/01/2025 Unsupported\n"),
+              "Unsupported timestamp on line 2.");
+    EXPECT_EQ(errorOf("[05/01/2025, 09:00:00] Sam: hi\n[31/02/2025, 09:00:00] Sam: no\n"),
+              "Could not read the date on line 2.");
+    EXPECT_EQ(errorOf("[13/01/2025, 09:00:00] Sam: hi\n", DateOrder::monthFirst),
+              "Could not read the date on line 1.");
+    // A marker with a space between its dotted letters passes the line
+    // expression but not the date patterns.
+    EXPECT_EQ(errorOf("[05/01/2025, 9:00 p. m.] Sam: hi\n"), "Could not read the date on line 1.");
+    EXPECT_EQ(errorOf("just some text\n\nmore\n"), "No WhatsApp messages found.");
+    EXPECT_EQ(errorOf(""), "No WhatsApp messages found.");
+}
+
+TEST(WhatsApp, NormalisesOnlyExactDottedMarkers) {
+    EXPECT_EQ(normaliseTimestamp("5/1/25, 9:04 P.M."), "5/1/25 9:04 PM");
+    EXPECT_EQ(normaliseTimestamp("5/1/25, 9:04 a.m."), "5/1/25 9:04 AM");
+    EXPECT_EQ(normaliseTimestamp("5/1/25, 9:04 p. m."), "5/1/25 9:04 p. m.");
+}
+
+TEST(WhatsApp, RecognisesChatsByTheirFirstLines) {
+    EXPECT_TRUE(looksLikeWhatsApp("[05/01/2025, 09:00:00] Sam: hi\n[05/01/2025, 09:01:00] A: b\n"));
+    EXPECT_TRUE(looksLikeWhatsApp("5/1/25, 9:04 PM - Sam: only one\n"));
+    EXPECT_FALSE(looksLikeWhatsApp("Dear Sam,\nhow are you\n5/1/25, 9:04 PM - Sam: hi\nbye\n"));
+}
+
+}  // namespace
+}  // namespace kinfolio::Importer
