@@ -1,0 +1,94 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "layout/pdf_exporter.h"
+#include "layout/pieces.h"
+#include "layout/redaction.h"
+#include "layout/typesetter.h"
+
+namespace kinfolio {
+
+// The document of one export: turns the input into pieces, paginates them
+// and draws the pages. Pieces capture the layout, so it stays in place (no
+// copies, no moves) for as long as they are used.
+class Layout {
+public:
+    explicit Layout(ExportInput input);
+    Layout(const Layout&) = delete;
+    Layout& operator=(const Layout&) = delete;
+
+    const ExportInput input;
+    const Settings& s;
+    const PageSize size;
+    const double margin = kMargin;
+    // File id -> source reference number (1-based), in order of first use.
+    std::map<std::string, int> sourceNumbers;
+    std::vector<std::string> sourceOrder;
+
+    double contentWidth() const { return size.width - 2 * margin; }
+
+    // Text.
+    const PangoFontDescription* font(double size, bool bold = false, bool italic = false);
+    std::vector<Line> lines(std::string_view text, double size, double width,
+                            Paint colour = Colours::ink, bool bold = false, bool italic = false);
+    void drawLine(cairo_t* cr, const Line& line, double x, double baseline);
+    // One piece per line, left-aligned at the margin over `width`; the last
+    // line carries `spaceAfter`.
+    std::vector<Piece> textBlock(std::string_view text, double size, bool bold, Paint colour,
+                                 double spaceAfter, double width);
+    // The text with the user's hidden words replaced.
+    std::string redact(std::string_view text) const { return redactor_(text); }
+    size_t hiddenRuleCount() const { return redactor_.ruleCount(); }
+    // The recognised lines of a screenshot that hold a hidden word.
+    std::vector<TextBox> hiddenBoxes(const Evidence& item) const;
+
+    // Pagination over the cover (with the given contents page numbers), the
+    // timeline and the appendix.
+    Pagination paginate(const std::map<std::string, int>& contentsPages);
+    // The PDF as cairo writes it: page frame, pieces, outline and links.
+    std::string render(const std::vector<Page>& pages);
+
+    struct Section {
+        std::string key;
+        std::string title;
+        std::vector<Evidence> items;
+        double spacing = 8;  // below the heading
+    };
+    std::vector<Section> sections() const;
+    std::vector<Piece> timeline();
+    std::vector<Piece> cover(const std::map<std::string, int>& contentsPages);
+    std::vector<Piece> appendix();
+
+    // Per item.
+    std::vector<Piece> render(const Evidence& item);
+    Piece daySeparator(const std::string& text);
+    std::string sourceLabel(const Evidence& item) const;
+    Piece meta(const std::string& text, bool right);
+    std::vector<Piece> bubble(const std::string& text, bool mine);
+    std::vector<Piece> card(const std::string& heading, const std::string& body);
+    // The picture of a photo, screenshot or video frame, the picture attached
+    // to a message, or the first page of a PDF document. Pictures are not
+    // drawn yet: this returns no pieces for every item, so such items show
+    // only their meta line. It is the one place where they will be added.
+    std::vector<Piece> pictures(const Evidence& item);
+
+    // Named destination of a marker, for links and the outline.
+    static std::string destination(const std::string& marker);
+
+private:
+    std::unique_ptr<Typesetter> type_;
+    Importer::Redactor redactor_;
+    // Timeline and appendix do not change between the two passes.
+    std::optional<std::vector<Piece>> body_;
+};
+
+// "2.4 MB": decimal units, as file browsers show sizes.
+std::string fileSize(int64_t bytes);
+
+}  // namespace kinfolio

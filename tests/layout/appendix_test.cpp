@@ -1,0 +1,112 @@
+#include <gtest/gtest.h>
+
+#include "importers/dates.h"
+#include "layout/layout.h"
+#include "support/pdf_reader.h"
+
+namespace kinfolio {
+namespace {
+
+using testing::message;
+using testing::readPDF;
+
+const std::string kChat = std::string(64, 'c');
+
+ExportInput oneMessage() {
+    ExportInput input;
+    input.settings.timeZoneID = "Europe/London";
+    input.files[kChat] = {"chat.txt", kChat, 999};
+    input.conversationCount = 1;
+    input.items.push_back(message(kChat, 4, *Importer::makeDate(2025, 5, 6, 7, 8), "Jo", "Hi"));
+    return input;
+}
+
+TEST(FileSize, DecimalUnitsAsFileBrowsersShowThem) {
+    EXPECT_EQ(fileSize(0), "0 bytes");
+    EXPECT_EQ(fileSize(1), "1 byte");
+    EXPECT_EQ(fileSize(999), "999 bytes");
+    EXPECT_EQ(fileSize(1000), "1 kB");
+    EXPECT_EQ(fileSize(5300), "5 kB");
+    EXPECT_EQ(fileSize(999499), "999 kB");
+    EXPECT_EQ(fileSize(999600), "1 MB");
+    EXPECT_EQ(fileSize(2400000), "2.4 MB");
+    EXPECT_EQ(fileSize(2000000), "2 MB");
+    EXPECT_EQ(fileSize(1234567890), "1.23 GB");
+}
+
+TEST(Appendix, DefaultsGiveTheExactNotes) {
+    ExportInput input = oneMessage();
+    auto all = readPDF(PDFExporter::make(input).data).allFlat();
+    for (const char* text :
+         {"This is a selection, not a complete history. Messages: up to 5 evenly spaced messages "
+          "per calendar month from each conversation, each with the message before and after it "
+          "for context. All calls are included. All photos, screenshots and videos in the chosen "
+          "period are included. No items were added or removed by hand.",
+          "Times are shown exactly as written in each source, without time-zone conversion. "
+          "Hidden text",
+          "Hidden text No text was hidden.",
+          "\u201cSource 3, entry 12\u201d points at the source file listed below",
+          "they are shown in Europe/London time.",
+          "The applicant\u2019s original files were read but never changed.",
+          "Source 1 \u00b7 chat.txt", "999 bytes"})
+        EXPECT_NE(all.find(text), std::string::npos) << text;
+}
+
+TEST(Appendix, CountsEstimatedDatesAndManualChanges) {
+    ExportInput input = oneMessage();
+    input.items[0].dateIsEstimated = true;
+    input.items.push_back(input.items[0]);
+    input.settings.addedItems = {"x:1"};
+    input.settings.excludedItems = {"y:1", "y:2"};
+    input.settings.messagesPerMonth = 0;
+    input.settings.photosPerMonth = 3;
+    auto all = readPDF(PDFExporter::make(input).data).allFlat();
+    for (const char* text :
+         {"2 item(s) have no recorded date and use the date in the file name or the file\u2019s "
+          "own date; they are marked \u201cdate estimated\u201d.",
+          "All messages and calls in the chosen period are included. Photos, screenshots and "
+          "videos: up to 3 evenly spaced per calendar month. The applicant then added 1 and "
+          "removed 2 item(s) by hand.",
+          "date estimated from the file"})
+        EXPECT_NE(all.find(text), std::string::npos) << text;
+}
+
+TEST(Appendix, StartsOnANewPageThatTheContentsNames) {
+    ExportInput input = oneMessage();
+    std::string bytes = PDFExporter::make(input).data;
+    auto pdf = readPDF(bytes);
+    ASSERT_EQ(pdf.pages.size(), 3u);  // cover, one short month, appendix
+    EXPECT_EQ(pdf.pages[1].find("How this file was prepared"), std::string::npos);
+    EXPECT_NE(pdf.pages[2].find("How this file was prepared"), std::string::npos);
+    EXPECT_EQ(testing::textRightOf(bytes, 0, "How this file was prepared"), "3");
+    EXPECT_EQ(testing::textRightOf(bytes, 0, "May 2025"), "2");
+}
+
+TEST(Appendix, HiddenWordInAFileNameIsRedactedButTheFingerprintStays) {
+    ExportInput input = oneMessage();
+    input.files[kChat].path = "Chat with Robin.txt";
+    input.settings.hiddenText = "robin";
+    auto all = readPDF(PDFExporter::make(input).data).allFlat();
+    EXPECT_NE(all.find("Source 1 \u00b7 Chat with [REDACTED].txt"), std::string::npos);
+    EXPECT_NE(all.find("SHA-256 " + kChat), std::string::npos);
+}
+
+TEST(Appendix, ListsOnlyReferencedFilesInReferenceOrder) {
+    ExportInput input = oneMessage();
+    const std::string photo(64, 'd'), unused(64, 'e');
+    input.files[photo] = {"photo.jpg", photo, 3000};
+    input.files[unused] = {"unused.txt", unused, 10};
+    Evidence attached = message(kChat, 9, input.items[0].date + 60, "Jo", "look");
+    attached.attachmentName = "photo.jpg";
+    attached.attachmentID = photo;
+    input.items.push_back(attached);
+    Layout layout(input);
+    EXPECT_EQ(layout.sourceOrder, (std::vector<std::string>{kChat, photo}));
+    auto all = readPDF(PDFExporter::make(input).data).allFlat();
+    EXPECT_NE(all.find("Source 2 \u00b7 photo.jpg"), std::string::npos);
+    EXPECT_EQ(all.find("unused.txt"), std::string::npos);
+    EXPECT_NE(all.find("look (file attached)"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace kinfolio

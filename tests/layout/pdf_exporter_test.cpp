@@ -1,0 +1,330 @@
+#include "layout/pdf_exporter.h"
+
+#include <gtest/gtest.h>
+#include <poppler.h>
+#define POINTERHOLDER_TRANSITION 4
+#include <qpdf/QPDF.hh>
+#include <qpdf/QPDFOutlineDocumentHelper.hh>
+
+#include <algorithm>
+
+#if defined(__SANITIZE_ADDRESS__)
+#include <sanitizer/lsan_interface.h>
+#endif
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+
+#include "importers/dates.h"
+#include "layout/typesetter.h"
+#include "support/pdf_reader.h"
+
+namespace kinfolio {
+namespace {
+
+using testing::message;
+using testing::readPDF;
+
+const std::string kChat = std::string(64, 'a');
+const std::string kMail = std::string(64, 'b');
+
+Instant at(int month, int day, int hour, int minute = 0) {
+    return *Importer::makeDate(2025, month, day, hour, minute);
+}
+
+// A couple's chat over three months, long enough for several pages, and an e-mail.
+ExportInput chatInput() {
+    ExportInput input;
+    input.settings.title = "Our story";
+    input.settings.applicant = "Alex Doe";
+    input.settings.partner = "Jordan Roe";
+    input.settings.reference = "REF-123";
+    input.settings.ownerName = "Alex";
+    input.settings.timeZoneID = "America/New_York";
+    input.files[kChat] = {"chats/WhatsApp Chat with Jordan.txt", kChat, 2400000};
+    input.files[kMail] = {"mail/tickets.eml", kMail, 5300};
+    input.conversationCount = 1;
+    int position = 1;
+    input.items.push_back(message(kChat, position++, at(1, 4, 9, 14), "Alex", "Happy new year!"));
+    for (int i = 0; i < 90; ++i)
+        input.items.push_back(message(
+            kChat, position++, at(2, 1 + i / 4, 8 + i % 4, 5), i % 2 ? "Alex" : "Jordan",
+            "February note " + std::to_string(i) + ": the weather is lovely and I miss you."));
+    Evidence call = message(kChat, position++, at(3, 2, 20), "Jordan", "Voice call");
+    call.kind = ItemKind::call;
+    call.duration = 725;
+    input.items.push_back(call);
+    Evidence mail;
+    mail.kind = ItemKind::email;
+    mail.fileID = kMail;
+    mail.position = 0;
+    mail.date = at(3, 3, 10);
+    mail.heading = "From: Alex Doe\nSubject: Tickets";
+    mail.text = "Here are the tickets for our trip.";
+    input.items.push_back(mail);
+    return input;
+}
+
+std::string writeTemp(const std::string& bytes, const std::string& name) {
+    auto path = std::filesystem::temp_directory_path() / name;
+    std::ofstream(path, std::ios::binary) << bytes;
+    return path.string();
+}
+
+const std::vector<std::string> kTitles = {"January 2025", "February 2025", "March 2025",
+                                          "How this file was prepared"};
+
+// The page number printed after a contents row's title on the cover.
+int contentsNumber(const std::string& bytes, const std::string& title) {
+    std::string number = testing::textRightOf(bytes, 0, title);
+    number.erase(std::remove(number.begin(), number.end(), ' '), number.end());
+    return number.empty() ? -1 : std::stoi(number);
+}
+
+class MadePDF : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        output = new Output(PDFExporter::make(chatInput()));
+        pdf = new testing::ReadPDF(readPDF(output->data));
+    }
+    static void TearDownTestSuite() {
+        delete output;
+        delete pdf;
+    }
+    static Output* output;
+    static testing::ReadPDF* pdf;
+};
+Output* MadePDF::output = nullptr;
+testing::ReadPDF* MadePDF::pdf = nullptr;
+
+TEST_F(MadePDF, PassesQpdfCheck) {
+    std::string path = writeTemp(output->data, "kinfolio-made.pdf");
+    std::string command = "qpdf --check '" + path + "' > /dev/null 2>&1";
+    EXPECT_EQ(std::system(command.c_str()), 0);
+    std::filesystem::remove(path);
+
+    QPDF q;
+    q.processMemoryFile("made", output->data.data(), output->data.size());
+    for (auto page : q.getAllPages())
+        page.getPageContents();
+    EXPECT_FALSE(q.anyWarnings());
+}
+
+TEST_F(MadePDF, HasA4PagesAndTheCountItReports) {
+    ASSERT_GE(pdf->pages.size(), 4u);
+    EXPECT_EQ(output->pageCount, static_cast<int>(pdf->pages.size()));
+    for (const auto& [w, h] : pdf->sizes) {
+        EXPECT_DOUBLE_EQ(w, 595);
+        EXPECT_DOUBLE_EQ(h, 842);
+    }
+}
+
+TEST_F(MadePDF, CoverShowsWhoseEvidenceItIs) {
+    std::string cover = pdf->flat(0);
+    for (const char* text :
+         {"Our story", "Applicant: Alex Doe", "Partner / sponsor: Jordan Roe", "Reference: REF-123",
+          "Period: January 2025 \u2013 March 2025", "91 messages from 1 conversation",
+          "Includes: 1 call, 1 email", "Contents", "Check the current official guidance"})
+        EXPECT_NE(cover.find(text), std::string::npos) << text;
+}
+
+TEST_F(MadePDF, ContentsShowsThePagesSectionsReallyStartOn) {
+    for (const std::string& title : kTitles) {
+        int number = contentsNumber(output->data, title);
+        ASSERT_GT(number, 1) << title;
+        size_t first = 1;
+        while (first < pdf->pages.size() && pdf->pages[first].find(title) == std::string::npos)
+            ++first;
+        EXPECT_EQ(static_cast<int>(first) + 1, number) << title;
+    }
+}
+
+TEST_F(MadePDF, FrameOnEveryPageAndRunningHeadFromPageTwo) {
+    const size_t n = pdf->pages.size();
+    for (size_t i = 0; i < n; ++i) {
+        std::string label = "Page " + std::to_string(i + 1) + " of " + std::to_string(n);
+        EXPECT_NE(pdf->pages[i].find(label), std::string::npos) << label;
+        EXPECT_NE(pdf->flat(i).find("Selected by the applicant \u00b7 not a complete history"),
+                  std::string::npos);
+        bool head =
+            pdf->pages[i].find("Our story \u00b7 Alex Doe & Jordan Roe") != std::string::npos;
+        EXPECT_EQ(head, i > 0) << "page " << i + 1;
+    }
+}
+
+TEST_F(MadePDF, ShowsChatTextMetaLinesAndCalls) {
+    std::string all = pdf->allFlat();
+    EXPECT_NE(all.find("Happy new year!"), std::string::npos);
+    EXPECT_NE(all.find("February note 89: the weather is lovely"), std::string::npos);
+    EXPECT_NE(all.find("Alex \u00b7 9:14 AM \u00b7 Source 1, entry 1"), std::string::npos);
+    EXPECT_NE(all.find("Voice call \u00b7 12 min 5 s"), std::string::npos);
+    EXPECT_NE(all.find("Saturday, February 1, 2025"), std::string::npos);
+    EXPECT_NE(all.find("Subject: Tickets"), std::string::npos);
+    EXPECT_NE(all.find("Source 2, entry 0"), std::string::npos);
+}
+
+TEST_F(MadePDF, AppendixListsEveryReferencedFile) {
+    std::string last = pdf->flat(pdf->pages.size() - 1);
+    EXPECT_NE(last.find("Source 1 \u00b7 chats/WhatsApp Chat with Jordan.txt"), std::string::npos);
+    EXPECT_NE(last.find("SHA-256 " + kChat + " \u00b7 2.4 MB"), std::string::npos);
+    EXPECT_NE(last.find("Source 2 \u00b7 mail/tickets.eml"), std::string::npos);
+    EXPECT_NE(last.find("SHA-256 " + kMail + " \u00b7 5 kB"), std::string::npos);
+    EXPECT_NE(last.find("shown in America/New York time."), std::string::npos);
+}
+
+TEST_F(MadePDF, DocumentInformationHoldsOnlyTheCreator) {
+    QPDF q;
+    q.processMemoryFile("made", output->data.data(), output->data.size());
+    QPDFObjectHandle info = q.getTrailer().getKey("/Info");
+    ASSERT_TRUE(info.isDictionary());
+    EXPECT_EQ(info.getKeys(), std::set<std::string>{"/Creator"});
+    EXPECT_EQ(info.getKey("/Creator").getUTF8Value(), "Kinfolio");
+    EXPECT_TRUE(q.getTrailer().getKey("/ID").isArray());
+}
+
+TEST_F(MadePDF, SameInputGivesTheSameBytes) {
+    EXPECT_EQ(PDFExporter::make(chatInput()).data, output->data);
+}
+
+TEST_F(MadePDF, OutlineAndContentsLinksLeadToTheSections) {
+    QPDF q;
+    q.processMemoryFile("made", output->data.data(), output->data.size());
+    QPDFOutlineDocumentHelper outline(q);
+    std::vector<std::string> titles;
+    for (auto& item : outline.getTopLevelOutlines())
+        titles.push_back(item.getTitle());
+    EXPECT_EQ(titles, (std::vector<std::string>{"January 2025", "February 2025", "March 2025",
+                                                "How this file was prepared"}));
+
+    GBytes* data = g_bytes_new(output->data.data(), output->data.size());
+    PopplerDocument* doc = poppler_document_new_from_bytes(data, nullptr, nullptr);
+    g_bytes_unref(data);
+    ASSERT_NE(doc, nullptr);
+    PopplerPage* cover = poppler_document_get_page(doc, 0);
+    GList* links = poppler_page_get_link_mapping(cover);
+    std::set<int> targets;
+    for (GList* l = links; l; l = l->next) {
+        auto* mapping = static_cast<PopplerLinkMapping*>(l->data);
+        ASSERT_EQ(mapping->action->type, POPPLER_ACTION_GOTO_DEST);
+        PopplerDest* dest = mapping->action->goto_dest.dest;
+        if (dest->type == POPPLER_DEST_NAMED) {
+            PopplerDest* found = poppler_document_find_dest(doc, dest->named_dest);
+            ASSERT_NE(found, nullptr);
+            targets.insert(found->page_num);
+            poppler_dest_free(found);
+        } else {
+            targets.insert(dest->page_num);
+        }
+    }
+    poppler_page_free_link_mapping(links);
+    g_object_unref(cover);
+    g_object_unref(doc);
+    std::set<int> expected;
+    for (const std::string& title : kTitles)
+        expected.insert(contentsNumber(output->data, title));
+    EXPECT_EQ(targets, expected);
+}
+
+TEST_F(MadePDF, OwnerBubblesSitRightInTheOutgoingColour) {
+    auto raster = testing::rasterise(output->data, 1, 2);
+    const testing::Box content{100, 152, 1090, 1540};
+    auto outgoing = testing::boxOf(raster, 0xDBEBFF, content);
+    auto incoming = testing::boxOf(raster, 0xEBEBEB, content);
+    ASSERT_FALSE(outgoing.empty());
+    ASSERT_FALSE(incoming.empty());
+    EXPECT_EQ(outgoing.maxX, 1089);
+    EXPECT_GT(outgoing.minX, 300);
+    EXPECT_EQ(incoming.minX, 100);
+    EXPECT_LT(incoming.maxX, 800);
+}
+
+TEST(PDFExporter, LetterPaperGivesLetterPages) {
+    ExportInput input = chatInput();
+    input.settings.paper = PaperSize::letter;
+    auto pdf = readPDF(PDFExporter::make(input).data);
+    for (const auto& [w, h] : pdf.sizes) {
+        EXPECT_DOUBLE_EQ(w, 612);
+        EXPECT_DOUBLE_EQ(h, 792);
+    }
+}
+
+TEST(PDFExporter, RefusesWithSentencesForTheUser) {
+    ExportInput empty = chatInput();
+    empty.items.clear();
+    try {
+        PDFExporter::make(empty);
+        FAIL();
+    } catch (const EvidenceError& e) {
+        EXPECT_STREQ(e.what(), "Nothing is selected.");
+    }
+    ExportInput orphan = chatInput();
+    orphan.files.erase(kMail);
+    try {
+        PDFExporter::make(orphan);
+        FAIL();
+    } catch (const EvidenceError& e) {
+        EXPECT_STREQ(e.what(), "The source file for an item is missing. Scan the folder again.");
+    }
+}
+
+TEST(PDFExporter, HiddenNameAppearsNowhere) {
+    ExportInput input = chatInput();
+    input.settings.hiddenText = "  Sam \t\n\n";
+    input.settings.partner = "SAM Roe";
+    input.settings.title = "Alex and Samuel";
+    input.files[kChat].path = "chats/WhatsApp Chat with sam.txt";
+    input.items[0].sender = "Sam";
+    input.items[1].text = "Samantha said hi to sAm";
+    auto pdf = readPDF(PDFExporter::make(input).data);
+    for (size_t i = 0; i < pdf.pages.size(); ++i) {
+        std::string lower = pdf.pages[i];
+        for (char& c : lower)
+            c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        EXPECT_EQ(lower.find("sam"), std::string::npos) << "page " << i + 1;
+    }
+    std::string all = pdf.allFlat();
+    EXPECT_NE(all.find("1 word(s) or phrase(s) were replaced with [REDACTED] in this file"),
+              std::string::npos);
+    EXPECT_NE(all.find("Partner / sponsor: [REDACTED] Roe"), std::string::npos);
+    EXPECT_NE(all.find("SHA-256 " + kChat), std::string::npos);
+}
+
+TEST(PDFExporter, LongEmailIsCutWithANote) {
+    ExportInput input = chatInput();
+    Evidence& mail = input.items.back();
+    mail.text = std::string(2499, 'x') + "yz" + "TAIL";
+    auto all = readPDF(PDFExporter::make(input).data).allFlat();
+    EXPECT_NE(all.find("[\u2026 continues in the original email]"), std::string::npos);
+    EXPECT_EQ(all.find("TAIL"), std::string::npos);
+    EXPECT_EQ(all.find("yz"), std::string::npos);
+
+    mail.text = std::string(2500, 'x');
+    all = readPDF(PDFExporter::make(input).data).allFlat();
+    EXPECT_EQ(all.find("continues in the original email"), std::string::npos);
+}
+
+TEST(PDFExporter, OtherScriptsAndEmojiPrintWithoutBoxesAndSharp) {
+    ExportInput input = chatInput();
+    input.items.resize(1);
+    input.items[0].text = "你好 こんにちは 안녕하세요 สวัสดี مرحبا \U0001F600";
+    std::string bytes;
+    {
+#if defined(__SANITIZE_ADDRESS__)
+        // cairo 1.16 leaks a little while subsetting CJK fonts as it finishes a file.
+        __lsan::ScopedDisabler cairoLeaksInCJKSubsetting;
+#endif
+        bytes = PDFExporter::make(input).data;
+    }
+    auto pdf = readPDF(bytes);
+    EXPECT_NE(pdf.pages[1].find("안녕하세요"), std::string::npos);
+    EXPECT_NE(pdf.pages[1].find("你好"), std::string::npos);
+    auto resolutions = testing::imageResolutions(bytes, 1);
+    ASSERT_EQ(resolutions.size(), 1u);  // the emoji
+    EXPECT_GE(resolutions[0], 4.0);     // at least 288 pixels per inch
+
+    Typesetter type;
+    EXPECT_EQ(type.unknownGlyphs("你好 こんにちは 안녕하세요 สวัสดี مرحبا नमस्ते \U0001F600", 10.5), 0);
+}
+
+}  // namespace
+}  // namespace kinfolio

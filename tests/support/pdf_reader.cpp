@@ -1,0 +1,200 @@
+#include "support/pdf_reader.h"
+
+#include <cairo.h>
+#include <gtest/gtest.h>
+#include <pango/pangocairo.h>
+#include <poppler.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <memory>
+#include <stdexcept>
+
+namespace kinfolio::testing {
+
+namespace {
+
+// Pango and cairo keep process-wide font caches; released at the
+// end of the run so the leak checker sees only real leaks.
+class ReleaseFontCaches : public ::testing::Environment {
+public:
+    void TearDown() override {
+        pango_cairo_font_map_set_default(nullptr);
+        cairo_debug_reset_static_data();
+    }
+};
+[[maybe_unused]] const auto* const releaseFontCaches =
+    ::testing::AddGlobalTestEnvironment(new ReleaseFontCaches);
+
+std::string flatten(std::string text) {
+    for (char& c : text)
+        if (c == '\n') c = ' ';
+    return text;
+}
+
+PopplerDocument* open(const std::string& bytes) {
+    GBytes* data = g_bytes_new(bytes.data(), bytes.size());
+    GError* error = nullptr;
+    PopplerDocument* doc = poppler_document_new_from_bytes(data, nullptr, &error);
+    g_bytes_unref(data);
+    if (!doc) {
+        std::string message = error ? error->message : "unknown";
+        if (error) g_error_free(error);
+        throw std::runtime_error("poppler cannot open the PDF: " + message);
+    }
+    return doc;
+}
+
+}  // namespace
+
+std::string ReadPDF::flat(size_t page) const {
+    return flatten(pages.at(page));
+}
+
+std::string ReadPDF::allFlat() const {
+    std::string all;
+    for (const auto& page : pages)
+        all += flatten(page) + " ";
+    return all;
+}
+
+ReadPDF readPDF(const std::string& bytes) {
+    PopplerDocument* doc = open(bytes);
+    ReadPDF result;
+    for (int i = 0; i < poppler_document_get_n_pages(doc); ++i) {
+        PopplerPage* page = poppler_document_get_page(doc, i);
+        char* text = poppler_page_get_text(page);
+        result.pages.push_back(text ? text : "");
+        g_free(text);
+        double w = 0, h = 0;
+        poppler_page_get_size(page, &w, &h);
+        result.sizes.emplace_back(w, h);
+        g_object_unref(page);
+    }
+    g_object_unref(doc);
+    return result;
+}
+
+Raster rasterise(const std::string& bytes, int pageIndex, double scale) {
+    PopplerDocument* doc = open(bytes);
+    PopplerPage* page = poppler_document_get_page(doc, pageIndex);
+    double w = 0, h = 0;
+    poppler_page_get_size(page, &w, &h);
+    Raster raster;
+    raster.width = static_cast<int>(std::ceil(w * scale));
+    raster.height = static_cast<int>(std::ceil(h * scale));
+    cairo_surface_t* surface =
+        cairo_image_surface_create(CAIRO_FORMAT_RGB24, raster.width, raster.height);
+    cairo_t* cr = cairo_create(surface);
+    cairo_set_source_rgb(cr, 1, 1, 1);
+    cairo_paint(cr);
+    cairo_scale(cr, scale, scale);
+    poppler_page_render(page, cr);
+    cairo_destroy(cr);
+    cairo_surface_flush(surface);
+    const unsigned char* data = cairo_image_surface_get_data(surface);
+    int stride = cairo_image_surface_get_stride(surface);
+    for (int y = 0; y < raster.height; ++y)
+        for (int x = 0; x < raster.width; ++x)
+            raster.pixels.push_back(*reinterpret_cast<const uint32_t*>(data + y * stride + x * 4) &
+                                    0xFFFFFF);
+    cairo_surface_destroy(surface);
+    g_object_unref(page);
+    g_object_unref(doc);
+    return raster;
+}
+
+Box boxOf(const Raster& raster, uint32_t colour, Box region) {
+    auto near = [&](uint32_t p) {
+        for (int shift : {0, 8, 16})
+            if (std::abs(static_cast<int>((p >> shift) & 0xFF) -
+                         static_cast<int>((colour >> shift) & 0xFF)) > 2)
+                return false;
+        return true;
+    };
+    Box box{raster.width, raster.height, -1, -1};
+    const int right = std::min(raster.width - 1, region.maxX);
+    for (int y = std::max(0, region.minY); y <= std::min(raster.height - 1, region.maxY); ++y) {
+        for (int x = std::max(0, region.minX); x <= right;) {
+            int end = x;
+            while (end <= right && near(raster.at(end, y)))
+                ++end;
+            if (end - x >= 12) {
+                box.minX = std::min(box.minX, x);
+                box.minY = std::min(box.minY, y);
+                box.maxX = std::max(box.maxX, end - 1);
+                box.maxY = std::max(box.maxY, y);
+            }
+            x = std::max(end, x + 1);
+        }
+    }
+    return box;
+}
+
+std::string textRightOf(const std::string& bytes, int pageIndex, const std::string& label) {
+    PopplerDocument* doc = open(bytes);
+    PopplerPage* page = poppler_document_get_page(doc, pageIndex);
+    char* text = poppler_page_get_text(page);
+    PopplerRectangle* rects = nullptr;
+    guint count = 0;
+    poppler_page_get_text_layout(page, &rects, &count);
+    std::string result;
+    // Layout rectangles come one per character of the text; the last
+    // occurrence is the contents row, after the cover's own lines.
+    std::string all = text ? text : "";
+    size_t at = all.rfind(label);
+    if (at != std::string::npos) {
+        glong index = g_utf8_pointer_to_offset(all.c_str(), all.c_str() + at + label.size() - 1);
+        const PopplerRectangle& last = rects[index];
+        double middle = (last.y1 + last.y2) / 2;
+        const char* p = all.c_str();
+        for (guint i = 0; i < count && *p; ++i, p = g_utf8_next_char(p)) {
+            const PopplerRectangle& r = rects[i];
+            if (r.x1 > last.x2 && r.y1 < middle && r.y2 > middle && *p != '\n')
+                result.append(p, g_utf8_next_char(p) - p);
+        }
+    }
+    g_free(rects);
+    g_free(text);
+    g_object_unref(page);
+    g_object_unref(doc);
+    return result;
+}
+
+std::vector<double> imageResolutions(const std::string& bytes, int pageIndex) {
+    PopplerDocument* doc = open(bytes);
+    PopplerPage* page = poppler_document_get_page(doc, pageIndex);
+    std::vector<double> result;
+    GList* mappings = poppler_page_get_image_mapping(page);
+    for (GList* m = mappings; m; m = m->next) {
+        auto* mapping = static_cast<PopplerImageMapping*>(m->data);
+        cairo_surface_t* image = poppler_page_get_image(page, mapping->image_id);
+        if (!image) continue;
+        double drawn = mapping->area.x2 - mapping->area.x1;
+        result.push_back(cairo_image_surface_get_width(image) / drawn);
+        cairo_surface_destroy(image);
+    }
+    poppler_page_free_image_mapping(mappings);
+    g_object_unref(page);
+    g_object_unref(doc);
+    return result;
+}
+
+Evidence message(const std::string& fileID, int64_t position, double date,
+                 const std::string& sender, const std::string& text) {
+    Evidence e;
+    e.kind = ItemKind::message;
+    e.fileID = fileID;
+    e.position = position;
+    e.date = date;
+    e.sender = sender;
+    e.text = text;
+    return e;
+}
+
+FileRecord fileRecord(const std::string& path, char hexDigit, int64_t bytes) {
+    return FileRecord{path, std::string(64, hexDigit), bytes};
+}
+
+}  // namespace kinfolio::testing
+

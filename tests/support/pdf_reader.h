@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "layout/pdf_exporter.h"
+
+// Reading a made PDF back the way a user meets it: through poppler, as text
+// per page and as pixels.
+namespace kinfolio::testing {
+
+struct ReadPDF {
+    std::vector<std::string> pages;  // text of each page
+    std::vector<std::pair<double, double>> sizes;
+    // Whole text with line breaks as spaces, for sentences that wrap.
+    std::string flat(size_t page) const;
+    std::string allFlat() const;
+};
+
+ReadPDF readPDF(const std::string& bytes);
+
+// The text printed on the same line as `label`, to its right (a contents
+// row's page number); empty when the label is not on the page.
+// The last occurrence of the label counts.
+std::string textRightOf(const std::string& bytes, int page, const std::string& label);
+
+// One page rasterised at `scale` pixels per point; pixels as 0xRRGGBB.
+struct Raster {
+    int width = 0, height = 0;
+    std::vector<uint32_t> pixels;
+    uint32_t at(int x, int y) const { return pixels[static_cast<size_t>(y) * width + x]; }
+};
+Raster rasterise(const std::string& bytes, int page, double scale);
+
+struct Box {
+    int minX = 0, minY = 0, maxX = -1, maxY = -1;
+    bool empty() const { return maxX < minX; }
+};
+// The bounding box of pixels of this colour (±2 per channel) inside the
+// given pixel region, counting only horizontal runs of 12 pixels or more so
+// that the soft edges of text do not count as fills.
+Box boxOf(const Raster& raster, uint32_t colour, Box region);
+
+// For each image drawn on the page: its pixel width divided by the drawn width in points.
+std::vector<double> imageResolutions(const std::string& bytes, int page);
+
+// A message item of a file.
+Evidence message(const std::string& fileID, int64_t position, double date,
+                 const std::string& sender, const std::string& text);
+FileRecord fileRecord(const std::string& path, char hexDigit, int64_t bytes);
+
+}  // namespace kinfolio::testing
