@@ -16,9 +16,6 @@ void readZip(ScanContext& ctx, Record& zip) {
 void readWhatsAppText(ScanContext& ctx, Record& chat, const std::string&, const std::string&) {
     notRead(ctx, chat);
 }
-void readLineText(ScanContext& ctx, Record& chat, const std::string&) {
-    notRead(ctx, chat);
-}
 void readEmailText(ScanContext& ctx, Record& mail, const std::string&) {
     notRead(ctx, mail);
 }
@@ -27,12 +24,6 @@ void readTelegram(ScanContext& ctx, Record& json) {
 }
 void readMeta(ScanContext& ctx, Record& json) {
     notRead(ctx, json);
-}
-void readChatCsv(ScanContext& ctx, Record& csv, const std::string&) {
-    notRead(ctx, csv);
-}
-bool readQuilloryFolder(ScanContext&, const std::string&, const std::string&) {
-    return false;
 }
 void readImage(ScanContext& ctx, Record& image) {
     notRead(ctx, image);
