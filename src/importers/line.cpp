@@ -1,7 +1,5 @@
 #include "importers/line.h"
 
-#include <unicode/uchar.h>
-
 #include <cctype>
 
 #include "importers/dates.h"
@@ -10,23 +8,6 @@
 namespace kinfolio::Importer {
 
 namespace {
-
-// ICU's \d takes any decimal digit (full-width, Arabic-Indic), which
-// std::stoi would refuse; the expressions bound the length, so no overflow.
-int digitsValue(const icu::UnicodeString& digits) {
-    int value = 0;
-    for (int32_t i = 0; i < digits.length();) {
-        UChar32 c = digits.char32At(i);
-        value = value * 10 + u_charDigitValue(c);
-        i += U16_LENGTH(c);
-    }
-    return value;
-}
-
-icu::UnicodeString group(icu::RegexMatcher& m, int n) {
-    UErrorCode status = U_ZERO_ERROR;
-    return m.group(n, status);
-}
 
 std::vector<std::string> splitLines(std::string_view text) {
     std::string s = removeAll(text, "\uFEFF");
@@ -93,8 +74,9 @@ std::optional<Instant> lineDay(std::string_view line) {
     auto m = dayHeader.matcher(u);
     UErrorCode status = U_ZERO_ERROR;
     if (!m->matches(status)) return std::nullopt;
-    return makeDate(digitsValue(group(*m, 1)), digitsValue(group(*m, 2)),
-                    digitsValue(group(*m, 3)));
+    // \d takes digits of every script; the expression bounds their number.
+    auto number = [&](int n) { return static_cast<int>(decimalValue(*groupText(*m, n))); };
+    return makeDate(number(1), number(2), number(3));
 }
 
 LineChat line(std::string_view text, const std::string& fileID) {
