@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "importers/dates.h"
 #include "model/evidence.h"
 #include "model/text.h"
 
@@ -9,45 +10,38 @@ namespace kinfolio::Importer {
 
 namespace {
 
+bool isSpecial(char c) {
+    return c == ',' || c == '"' || c == '\n' || c == '\r';
+}
+
 // Reads rows until the end of the text or, with `firstOnly`, until the first
-// row that is not blank. A CR LF pair is one line break.
+// row that is not blank. A CR LF pair is one line break. Fields are built from
+// whole runs of plain characters, so a file of a million rows reads in one
+// linear pass.
 std::vector<CsvRow> readRows(std::string_view text, bool firstOnly) {
     std::vector<CsvRow> rows;
     CsvRow row;
     std::string field;
-    bool inQuotes = false, quotedField = false, afterClosingQuote = false;
-    auto endRow = [&] {
+    bool quotedField = false, afterClosingQuote = false;
+    auto endField = [&] {
         row.push_back(std::move(field));
         field.clear();
+        quotedField = afterClosingQuote = false;
+    };
+    auto endRow = [&] {
+        endField();
         bool blank = std::all_of(row.begin(), row.end(), [](const auto& f) { return f.empty(); });
         if (!blank) rows.push_back(std::move(row));
         row.clear();
-        quotedField = afterClosingQuote = false;
     };
     size_t i = 0, n = text.size();
     while (i < n) {
         char c = text[i];
-        if (inQuotes) {
-            if (c == '"') {
-                if (i + 1 < n && text[i + 1] == '"') {
-                    field += '"';
-                    i += 2;
-                    continue;
-                }
-                inQuotes = false;
-                afterClosingQuote = true;
-            } else {
-                field += c;
-            }
-            ++i;
-            continue;
-        }
         if (c == ',') {
-            row.push_back(std::move(field));
-            field.clear();
-            quotedField = afterClosingQuote = false;
+            endField();
+            ++i;
         } else if (c == '\n' || c == '\r') {
-            if (c == '\r' && i + 1 < n && text[i + 1] == '\n') ++i;
+            i += (c == '\r' && i + 1 < n && text[i + 1] == '\n') ? 2 : 1;
             endRow();
             if (firstOnly && !rows.empty()) return rows;
         } else if (afterClosingQuote) {
@@ -55,15 +49,51 @@ std::vector<CsvRow> readRows(std::string_view text, bool firstOnly) {
         } else if (c == '"') {
             if (!field.empty() || quotedField)
                 throw EvidenceError::invalid("Malformed CSV quotes.");
-            inQuotes = quotedField = true;
+            quotedField = true;
+            // Inside quotes: commas and line breaks are text, "" is one quote.
+            size_t from = i + 1;
+            while (true) {
+                size_t q = text.find('"', from);
+                if (q == std::string_view::npos)
+                    throw EvidenceError::invalid("CSV has an unclosed quoted field.");
+                field.append(text.substr(from, q - from));
+                if (q + 1 < n && text[q + 1] == '"') {
+                    field += '"';
+                    from = q + 2;
+                    continue;
+                }
+                i = q + 1;
+                afterClosingQuote = true;
+                break;
+            }
         } else {
-            field += c;
+            size_t end = i;
+            while (end < n && !isSpecial(text[end]))
+                ++end;
+            field.append(text.substr(i, end - i));
+            i = end;
         }
-        ++i;
     }
-    if (inQuotes) throw EvidenceError::invalid("CSV has an unclosed quoted field.");
     if (!field.empty() || !row.empty() || quotedField) endRow();
     return rows;
+}
+
+CsvRow normalised(const CsvRow& row) {
+    CsvRow out;
+    out.reserve(row.size());
+    for (const auto& cell : row)
+        out.push_back(asciiLower(trimSpacesAndTabs(cell)));
+    return out;
+}
+
+std::optional<size_t> column(const CsvRow& header, std::string_view name) {
+    auto it = std::find(header.begin(), header.end(), name);
+    if (it == header.end()) return std::nullopt;
+    return static_cast<size_t>(it - header.begin());
+}
+
+bool isQuillory(const CsvRow& header) {
+    return column(header, "date_local") && column(header, "direction");
 }
 
 }  // namespace
@@ -81,18 +111,60 @@ std::optional<CsvRow> csvHeader(std::string_view text) {
         return std::nullopt;
     }
     if (rows.empty()) return std::nullopt;
-    CsvRow header;
-    for (const auto& cell : rows.front())
-        header.push_back(asciiLower(trimSpacesAndTabs(cell)));
-    return header;
+    return normalised(rows.front());
 }
 
 bool hasChatColumns(const CsvRow& header) {
-    auto has = [&](std::string_view name) {
-        return std::find(header.begin(), header.end(), name) != header.end();
-    };
-    bool quillory = has("date_local") && has("direction");
-    return (quillory || has("date")) && has("sender") && has("text");
+    return (isQuillory(header) || column(header, "date")) && column(header, "sender") &&
+           column(header, "text");
+}
+
+ImportResult csv(std::string_view text, const std::string& fileID, DateOrder order) {
+    std::vector<CsvRow> rows = text.find("\uFEFF") == std::string_view::npos
+                                   ? csvRows(text)
+                                   : csvRows(removeAll(text, "\uFEFF"));
+    if (rows.empty()) throw EvidenceError::invalid("CSV is empty.");
+    CsvRow header = normalised(rows.front());
+    bool quillory = isQuillory(header);
+    auto dateCol = column(header, quillory ? "date_local" : "date");
+    auto senderCol = column(header, "sender"), textCol = column(header, "text");
+    auto attachmentsCol = column(header, "attachments"), directionCol = column(header, "direction");
+    if (!dateCol || !senderCol || !textCol)
+        throw EvidenceError::invalid("CSV needs date, sender and text columns.");
+
+    ImportResult result;
+    result.items.reserve(rows.size() - 1);
+    for (size_t r = 1; r < rows.size(); ++r) {
+        CsvRow& row = rows[r];
+        size_t n = r + 1;  // the header is row 1
+        if (row.size() != header.size())
+            throw EvidenceError::invalid("Row " + std::to_string(n) +
+                                         " has the wrong number of columns.");
+        // A Quillory date carries a zone or fraction after "yyyy-MM-dd HH:mm:ss";
+        // the written wall-clock time is what counts.
+        const std::string& cell = row[*dateCol];
+        auto date = Importer::date(quillory ? prefixCodePoints(cell, 19) : cell, order);
+        if (!date)
+            throw EvidenceError::invalid("Could not read the date on row " + std::to_string(n) +
+                                         ".");
+        if (quillory && asciiLower(trimSpacesAndTabs(row[*directionCol])) == "event") continue;
+
+        Evidence e;
+        e.date = *date;
+        e.sender = std::move(row[*senderCol]);
+        e.text = std::move(row[*textCol]);
+        e.fileID = fileID;
+        e.position = static_cast<int64_t>(n);
+        // One picture per message: further names are dropped on purpose.
+        if (attachmentsCol && !row[*attachmentsCol].empty()) {
+            const std::string& names = row[*attachmentsCol];
+            std::string first = trimSpacesAndTabs(names.substr(0, names.find("; ")));
+            if (!first.empty()) e.attachmentName = std::move(first);
+        }
+        result.items.push_back(std::move(e));
+    }
+    if (result.items.empty()) throw EvidenceError::invalid("CSV has no messages.");
+    return result;
 }
 
 }  // namespace kinfolio::Importer

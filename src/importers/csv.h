@@ -5,6 +5,9 @@
 #include <string_view>
 #include <vector>
 
+#include "importers/import_result.h"
+#include "model/settings.h"
+
 // Chats kept as comma-separated spreadsheets.
 namespace kinfolio::Importer {
 
@@ -17,5 +20,9 @@ std::vector<CsvRow> csvRows(std::string_view text);
 std::optional<CsvRow> csvHeader(std::string_view text);
 // Whether a normalised header has a date, a sender and a text column.
 bool hasChatColumns(const CsvRow& header);
+
+// The messages of a chat spreadsheet, generic or Quillory, positioned by row
+// number (the header is row 1). Throws EvidenceError.
+ImportResult csv(std::string_view text, const std::string& fileID, DateOrder order);
 
 }  // namespace kinfolio::Importer

@@ -185,6 +185,22 @@ std::string prefixCodePoints(std::string_view text, size_t n) {
     return std::string(text.substr(0, static_cast<size_t>(i)));
 }
 
+long long decimalValue(std::string_view digits) {
+    const auto* s = reinterpret_cast<const uint8_t*>(digits.data());
+    int32_t n = static_cast<int32_t>(digits.size()), i = 0;
+    long long value = 0;
+    if (n == 0 || n > 72) return -1;  // 18 digits of at most 4 bytes each
+    int count = 0;
+    while (i < n) {
+        UChar32 c;
+        U8_NEXT(s, i, n, c);
+        int32_t d = c < 0 ? -1 : u_charDigitValue(c);
+        if (d < 0 || u_charType(c) != U_DECIMAL_DIGIT_NUMBER || ++count > 18) return -1;
+        value = value * 10 + d;
+    }
+    return value;
+}
+
 Regex::Regex(const char* pattern, uint32_t flags) {
     UErrorCode status = U_ZERO_ERROR;
     UParseError parseError;

@@ -36,6 +36,11 @@ std::string trimSpacesAndTabs(std::string_view text);
 // The first n user-visible code points (not bytes) of the text.
 std::string prefixCodePoints(std::string_view text, size_t n);
 
+// The value of a short run of decimal digits of any script, as ICU's \d
+// matches them ("2025", full-width or Arabic-Indic digits); -1 when the text
+// holds anything else or is empty.
+long long decimalValue(std::string_view digits);
+
 // A compiled ICU regular expression, made once (keep it in a function-local
 // static); a pattern that does not compile is a programming error and aborts.
 class Regex {

@@ -10,20 +10,11 @@ void notRead(ScanContext& ctx, Record& r) {
 }
 }  // namespace
 
-void readLineText(ScanContext& ctx, Record& chat, const std::string&) {
-    notRead(ctx, chat);
-}
 void readTelegram(ScanContext& ctx, Record& json) {
     notRead(ctx, json);
 }
 void readMeta(ScanContext& ctx, Record& json) {
     notRead(ctx, json);
-}
-void readChatCsv(ScanContext& ctx, Record& csv, const std::string&) {
-    notRead(ctx, csv);
-}
-bool readQuilloryFolder(ScanContext&, const std::string&, const std::string&) {
-    return false;
 }
 void readImage(ScanContext& ctx, Record& image) {
     notRead(ctx, image);

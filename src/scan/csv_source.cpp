@@ -1,0 +1,27 @@
+#include <filesystem>
+
+#include "importers/csv.h"
+#include "scan/date_order.h"
+#include "scan/readers.h"
+#include "scan/scanner.h"
+
+namespace kinfolio::Scanner {
+
+void readChatCsv(ScanContext& ctx, Record& csv, const std::string& text) {
+    ChatDateOrder dates = chatDateOrder(text, ctx.order);
+    try {
+        auto read = Importer::csv(text, csv.file.sha256, dates.order);
+        std::vector<std::string> notes;
+        if (dates.note) notes.push_back(*dates.note);
+        notes.insert(notes.end(), read.notes.begin(), read.notes.end());
+        std::string name = std::filesystem::path(csv.path).stem().string();
+        ctx.sources.push_back(chatSource(SourceKind::chatCSV, csv.file, {}, std::move(read.items),
+                                         std::move(name), std::move(notes)));
+    } catch (const EvidenceError& e) {
+        // The message names the row and the problem; the file is already
+        // known to be a chat spreadsheet by its columns.
+        ctx.skip(csv.path, e.what());
+    }
+}
+
+}  // namespace kinfolio::Scanner

@@ -1,0 +1,15 @@
+#include "scan/date_order.h"
+
+#include "importers/dates.h"
+
+namespace kinfolio::Scanner {
+
+ChatDateOrder chatDateOrder(std::string_view text, DateOrder setting) {
+    if (setting != DateOrder::automatic) return {setting, std::nullopt};
+    if (auto detected = Importer::detectOrder(text)) return {*detected, std::nullopt};
+    return {DateOrder::dayFirst,
+            "The dates could be day/month or month/day; day first was assumed. Change Date "
+            "order if they look wrong."};
+}
+
+}  // namespace kinfolio::Scanner
