@@ -22,12 +22,6 @@ void readLineText(ScanContext& ctx, Record& chat, const std::string&) {
 void readEmailText(ScanContext& ctx, Record& mail, const std::string&) {
     notRead(ctx, mail);
 }
-void readTelegram(ScanContext& ctx, Record& json) {
-    notRead(ctx, json);
-}
-void readMeta(ScanContext& ctx, Record& json) {
-    notRead(ctx, json);
-}
 void readChatCsv(ScanContext& ctx, Record& csv, const std::string&) {
     notRead(ctx, csv);
 }
