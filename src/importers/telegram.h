@@ -1,10 +1,38 @@
 #pragma once
 
+#include <cstddef>
+#include <optional>
+#include <string>
 #include <string_view>
+#include <vector>
 
-// The machine-readable export of Telegram Desktop ("result.json").
+#include "importers/json_reader.h"
+#include "model/evidence.h"
+
+// The machine-readable export of Telegram Desktop ("result.json"): one chat,
+// or the whole account with a list of chats.
 namespace kinfolio::Importer {
 
+struct TelegramChat {
+    std::string name;             // "Telegram chat" when the export gives none
+    std::vector<Evidence> items;  // in the order of the chat's messages
+    // The chat's 1-based place in a whole-account export's list (empty chats
+    // counted too), so each chat can be told apart; 0 in a single-chat export.
+    int placeInList = 0;
+    bool operator==(const TelegramChat&) const = default;
+};
+
 bool isTelegram(std::string_view data);
+
+// Every chat with at least one message or call; `fileID` is the SHA-256 of
+// "result.json". `slack` as for parseJson. Throws EvidenceError.
+std::vector<TelegramChat> telegram(std::string_view data, const std::string& fileID,
+                                   size_t slack = 0);
+// The same from an already parsed document.
+std::vector<TelegramChat> telegram(JsonValue root, const std::string& fileID);
+
+// A message's "text": a string as it is, an array of strings and entity
+// objects joined (an entity gives its "text"), anything else empty.
+std::string telegramText(std::optional<JsonValue> value);
 
 }  // namespace kinfolio::Importer

@@ -72,6 +72,13 @@ MappedFile& MappedFile::operator=(MappedFile&& other) noexcept {
     return *this;
 }
 
+size_t MappedFile::readableSlack() const {
+    if (!mapped_) return 0;
+    static const size_t page = static_cast<size_t>(::sysconf(_SC_PAGESIZE));
+    size_t used = size_ % page;
+    return used == 0 ? 0 : page - used;
+}
+
 MappedFile::~MappedFile() {
     if (mapped_) ::munmap(const_cast<char*>(data_), size_);
 }

@@ -22,6 +22,10 @@ public:
 
     std::string_view bytes() const { return {data_, size_}; }
     size_t size() const { return size_; }
+    // Bytes after the end that may be read (zeros): the rest of the last page
+    // of a mapping, none for a file read into memory. Parsers that read ahead
+    // in wide blocks use it to work on the mapping without a copy.
+    size_t readableSlack() const;
 
 private:
     MappedFile() = default;

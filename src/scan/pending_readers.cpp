@@ -10,12 +10,6 @@ void notRead(ScanContext& ctx, Record& r) {
 }
 }  // namespace
 
-void readTelegram(ScanContext& ctx, Record& json) {
-    notRead(ctx, json);
-}
-void readMeta(ScanContext& ctx, Record& json) {
-    notRead(ctx, json);
-}
 void readImage(ScanContext& ctx, Record& image) {
     notRead(ctx, image);
 }

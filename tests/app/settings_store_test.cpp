@@ -5,15 +5,15 @@
 
 #include <filesystem>
 
-#include "support/temp_dir.h"
+#include "support/temp_folder.h"
 
 namespace kinfolio {
 namespace {
 
-using testing::TempDir;
+using testing::TempFolder;
 
 TEST(SettingsStore, SavesAndLoadsSettingsAndTheFolder) {
-    TempDir dir;
+    TempFolder dir;
     SettingsStore store(dir.path() + "/config/kinfolio/settings.json");
     EXPECT_FALSE(store.load().settings.has_value());
     Settings s = Settings::defaults();
@@ -29,7 +29,7 @@ TEST(SettingsStore, SavesAndLoadsSettingsAndTheFolder) {
 }
 
 TEST(SettingsStore, AStoredValueMissingAKeyGivesNoSettingsButKeepsTheFolder) {
-    TempDir dir;
+    TempFolder dir;
     Json settings = encode(Settings::defaults());
     settings.erase("title");
     Json file = {{"settings", settings}, {"materialsFolderBookmark", "/x"}};
@@ -40,7 +40,7 @@ TEST(SettingsStore, AStoredValueMissingAKeyGivesNoSettingsButKeepsTheFolder) {
 }
 
 TEST(SettingsStore, ADamagedFileReadsAsNothingStored) {
-    TempDir dir;
+    TempFolder dir;
     std::string path = dir.write("settings.json", "{\"settings\": {\"title\": ");
     StoredState state = SettingsStore(path).load();
     EXPECT_FALSE(state.settings.has_value());
@@ -48,7 +48,7 @@ TEST(SettingsStore, ADamagedFileReadsAsNothingStored) {
 }
 
 TEST(SettingsStore, SavingLeavesNoTemporaryFileBehind) {
-    TempDir dir;
+    TempFolder dir;
     SettingsStore store(dir.path() + "/settings.json");
     store.save(Settings::defaults(), std::nullopt);
     store.save(Settings::defaults(), std::nullopt);

@@ -6,12 +6,12 @@
 #include <sstream>
 
 #include "model/json.h"
-#include "support/temp_dir.h"
+#include "support/temp_folder.h"
 
 namespace kinfolio::cli {
 namespace {
 
-using testing::TempDir;
+using testing::TempFolder;
 
 struct Outcome {
     int status;
@@ -30,11 +30,11 @@ protected:
         return {status, out.str(), err.str()};
     }
 
-    TempDir config;
+    TempFolder config;
 };
 
 TEST_F(Cli, ScanJsonListsSkippedFilesWithTheirReasons) {
-    TempDir dir;
+    TempFolder dir;
     dir.write("notes.docx", "x");
     dir.write("sub/page.html", "<html></html>");
     Outcome r = run({"scan", dir.path(), "--json"});
@@ -48,7 +48,7 @@ TEST_F(Cli, ScanJsonListsSkippedFilesWithTheirReasons) {
 }
 
 TEST_F(Cli, ScanTextNamesTheSkippedFiles) {
-    TempDir dir;
+    TempFolder dir;
     dir.write("notes.docx", "x");
     Outcome r = run({"scan", dir.path()});
     ASSERT_EQ(r.status, 0);
@@ -74,7 +74,7 @@ TEST_F(Cli, SettingsPrintsSavedSettingsWithSetsApplied) {
 }
 
 TEST_F(Cli, SettingsFileAppliesOverTheDefaultsAndBadKeysFailWithStatusTwo) {
-    TempDir dir;
+    TempFolder dir;
     std::string good = dir.write("good.json", R"({"title": "Visa 2025", "maxFileMB": 10})");
     Outcome r = run({"settings", "--settings", good});
     ASSERT_EQ(r.status, 0) << r.err;
@@ -115,7 +115,7 @@ TEST_F(Cli, HelpForTheToolAndEachCommand) {
 
 // The real program, once, as a user runs it.
 TEST_F(Cli, TheProgramRunsAndPrintsJson) {
-    TempDir dir;
+    TempFolder dir;
     dir.write("notes.docx", "x");
     std::string command = std::string(KINFOLIO_CLI_BINARY) + " scan '" + dir.path() + "' --json";
     FILE* pipe = ::popen(command.c_str(), "r");

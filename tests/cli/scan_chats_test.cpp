@@ -10,7 +10,7 @@
 namespace kinfolio::cli {
 namespace {
 
-using test::TempFolder;
+using testing::TempFolder;
 
 // A materials folder with one export of each kind of chat read from text:
 // LINE, a chat spreadsheet and a Quillory export folder with its photo.

@@ -13,8 +13,8 @@ namespace kinfolio {
 namespace {
 
 namespace fs = std::filesystem;
-using test::makeZip;
-using test::ZipMember;
+using testing::makeZip;
+using testing::ZipMember;
 
 std::string errorOf(const std::function<void()>& f) {
     try {
@@ -158,7 +158,7 @@ TEST(ZipArchive, LocalHeaderProblemsUseTheUnpackMessage) {
 }
 
 TEST(ZipArchive, ExtractWritesFilesAndSkipsFoldersForksAndEscapes) {
-    test::TempFolder tmp;
+    testing::TempFolder tmp;
     std::string dest = tmp.path() + "/out/deeper";
     fs::create_directories(tmp.path() + "/out");
     auto zip = ZipArchive::fromBytes(makeZip({
@@ -170,7 +170,7 @@ TEST(ZipArchive, ExtractWritesFilesAndSkipsFoldersForksAndEscapes) {
         {"media/photo.jpg", "second", 8},
     }));
     zip.extract(dest);
-    EXPECT_EQ(test::readFile(dest + "/media/photo.jpg"), "second");
+    EXPECT_EQ(testing::readFile(dest + "/media/photo.jpg"), "second");
     EXPECT_FALSE(fs::exists(dest + "/folder"));
     EXPECT_FALSE(fs::exists(dest + "/__MACOSX"));
     EXPECT_FALSE(fs::exists(tmp.path() + "/evil.txt"));
@@ -182,7 +182,7 @@ TEST(ZipArchive, ExtractWritesFilesAndSkipsFoldersForksAndEscapes) {
 }
 
 TEST(ZipArchive, ExtractNeverWritesThroughAPlantedLink) {
-    test::TempFolder tmp, elsewhere;
+    testing::TempFolder tmp, elsewhere;
     std::string dest = tmp.path() + "/x";
     fs::create_directories(dest);
     fs::create_directory_symlink(elsewhere.path(), dest + "/media");
@@ -191,7 +191,7 @@ TEST(ZipArchive, ExtractNeverWritesThroughAPlantedLink) {
     zip.extract(dest);
     EXPECT_FALSE(fs::exists(elsewhere.path() + "/victim.txt"));
     EXPECT_FALSE(fs::is_symlink(dest + "/chat.txt"));
-    EXPECT_EQ(test::readFile(dest + "/chat.txt"), "chat");
+    EXPECT_EQ(testing::readFile(dest + "/chat.txt"), "chat");
 
     auto intoLink = ZipArchive::fromBytes(makeZip({{"media/p.jpg", "p", 8}}));
     EXPECT_THROW(intoLink.extract(dest), EvidenceError);
@@ -199,7 +199,7 @@ TEST(ZipArchive, ExtractNeverWritesThroughAPlantedLink) {
 }
 
 TEST(ZipArchive, ExtractStopsAtTheFirstBadEntryKeepingEarlierOnes) {
-    test::TempFolder tmp;
+    testing::TempFolder tmp;
     auto zip =
         ZipArchive::fromBytes(makeZip({{"a.txt", "a", 8}, {"b.bin", "b", 14}, {"c.txt", "c", 8}}));
     EXPECT_EQ(errorOf([&] { zip.extract(tmp.path()); }),
@@ -209,7 +209,7 @@ TEST(ZipArchive, ExtractStopsAtTheFirstBadEntryKeepingEarlierOnes) {
 }
 
 TEST(ZipArchive, OpensAFileFromDisk) {
-    test::TempFolder tmp;
+    testing::TempFolder tmp;
     std::string path = tmp.write("chat.zip", makeZip({{"_chat.txt", "hi", 8}}));
     auto zip = ZipArchive::open(path);
     EXPECT_EQ(zip.contents(zip.entries().at(0)), "hi");

@@ -7,7 +7,7 @@
 namespace kinfolio::Scanner {
 namespace {
 
-using test::TempFolder;
+using testing::TempFolder;
 
 const std::string kDayFirstNote =
     "The dates could be day/month or month/day; day first was assumed. Change Date order if "

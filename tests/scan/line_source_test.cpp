@@ -6,7 +6,7 @@
 namespace kinfolio::Scanner {
 namespace {
 
-using test::TempFolder;
+using testing::TempFolder;
 
 TEST(LineSource, ExportBecomesALineSourceNamedByItsTitle) {
     TempFolder dir;

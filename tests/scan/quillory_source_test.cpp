@@ -6,7 +6,7 @@
 namespace kinfolio::Scanner {
 namespace {
 
-using test::TempFolder;
+using testing::TempFolder;
 
 const std::string kHeader = "date_local,direction,sender,text,attachments\n";
 const std::string kReport = "Quillory verification report\nConversation: Sam Lee\n";

@@ -6,14 +6,14 @@
 #include <filesystem>
 
 #include "importers/dates.h"
-#include "support/temp_dir.h"
+#include "support/temp_folder.h"
 
 namespace kinfolio::Scanner {
 namespace {
 
-using testing::TempDir;
+using testing::TempFolder;
 
-std::vector<std::string> relative(const TempDir& dir, const std::vector<std::string>& paths) {
+std::vector<std::string> relative(const TempFolder& dir, const std::vector<std::string>& paths) {
     std::vector<std::string> out;
     for (const auto& p : paths)
         out.push_back(p.substr(dir.path().size() + 1));
@@ -21,13 +21,13 @@ std::vector<std::string> relative(const TempDir& dir, const std::vector<std::str
 }
 
 TEST(ListFiles, SkipsHiddenEntriesAndNeverFollowsLinks) {
-    TempDir dir;
+    TempFolder dir;
     dir.write("a.txt", "x");
     dir.write(".hidden.txt", "x");
     dir.write(".git/config", "x");
     dir.write("sub/.DS_Store", "x");
     dir.write("sub/b.txt", "x");
-    TempDir outside;
+    TempFolder outside;
     outside.write("secret.txt", "x");
     ASSERT_EQ(
         ::symlink((outside.path() + "/secret.txt").c_str(), (dir.path() + "/link.txt").c_str()), 0);
@@ -37,7 +37,7 @@ TEST(ListFiles, SkipsHiddenEntriesAndNeverFollowsLinks) {
 }
 
 TEST(ListFiles, SortsLikeTheFileManager) {
-    TempDir dir;
+    TempFolder dir;
     for (const char* name : {"IMG_10.jpg", "img_2.jpg", "B.txt", "a.txt", "IMG_1.jpg", "z/c.txt"})
         dir.write(name, "x");
     EXPECT_EQ(relative(dir, listFiles(dir.path() + "/")),
@@ -46,7 +46,7 @@ TEST(ListFiles, SortsLikeTheFileManager) {
 }
 
 TEST(Scan, StopsAtTheFileLimitAndSaysSo) {
-    TempDir dir;
+    TempFolder dir;
     for (size_t i = 0; i <= kMaxFiles; ++i)
         dir.write("f" + std::to_string(i) + ".docx", "");
     EXPECT_EQ(listFiles(dir.path()).size(), kMaxFiles);
@@ -59,7 +59,7 @@ TEST(Scan, StopsAtTheFileLimitAndSaysSo) {
 // A folder of files Kinfolio cannot use: each must come back with the reason
 // that tells the user what to do, sorted by path, the hidden ones never listed.
 TEST(Scan, GivesEachUnusableFileItsReason) {
-    TempDir dir;
+    TempFolder dir;
     const std::string telegramHtml =
         "<!DOCTYPE html><html><head><title>Exported Data</title></head><body>"
         "<div class=\"page_header\">Telegram</div></body></html>";
@@ -101,14 +101,14 @@ TEST(Scan, GivesEachUnusableFileItsReason) {
 }
 
 TEST(Scan, AnEmptyFolderGivesNothing) {
-    TempDir dir;
+    TempFolder dir;
     ScanResult r = scan(dir.path(), DateOrder::automatic, "UTC");
     EXPECT_TRUE(r.sources.empty());
     EXPECT_TRUE(r.skipped.empty());
 }
 
 TEST(Scan, ReportsProgressForEveryListedFile) {
-    TempDir dir;
+    TempFolder dir;
     dir.write("a.docx", "");
     dir.write("b.docx", "");
     std::vector<std::pair<size_t, size_t>> calls;

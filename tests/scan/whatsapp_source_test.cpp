@@ -19,8 +19,8 @@ namespace kinfolio::Scanner {
 namespace {
 
 namespace fs = std::filesystem;
-using test::makeZip;
-using test::TempFolder;
+using testing::makeZip;
+using testing::TempFolder;
 
 const std::string kPhotoName = "00000003-PHOTO-2025-01-05-09-04-00.jpg";
 const std::string kPhoto = "\xFF\xD8\xFF\xE0 not really a jpeg";
@@ -189,7 +189,7 @@ std::string zippedChat() {
 }
 
 TEST(WhatsAppSource, ZippedChatScansToTheSameItems) {
-    test::ScopedCacheHome cache;
+    testing::ScopedCacheHome cache;
     TempFolder loose, zipped;
     loose.write("WhatsApp Chat with Sam Lee/_chat.txt", kChat);
     loose.write("WhatsApp Chat with Sam Lee/" + kPhotoName, kPhoto);
@@ -222,7 +222,7 @@ TEST(WhatsAppSource, ZippedChatScansToTheSameItems) {
     std::string folder = cache.path() + "/kinfolio/whatsapp/" + sha256Hex(zipBytes).substr(0, 16);
     std::string photo = folder + "/WhatsApp Chat with Sam Lee/" + kPhotoName;
     EXPECT_EQ(s.items[1].imageURL, photo);
-    EXPECT_EQ(test::readFile(photo), kPhoto);
+    EXPECT_EQ(testing::readFile(photo), kPhoto);
     EXPECT_FALSE(fs::exists(folder + "/__MACOSX"));
     struct stat st {};
     ASSERT_EQ(::stat(folder.c_str(), &st), 0);
@@ -239,7 +239,7 @@ TEST(WhatsAppSource, ZippedChatScansToTheSameItems) {
 }
 
 TEST(WhatsAppSource, PlantedLinkInTheCacheIsReplacedNotFollowed) {
-    test::ScopedCacheHome cache;
+    testing::ScopedCacheHome cache;
     TempFolder folder, elsewhere;
     std::string zipBytes = zippedChat();
     folder.write("chat.zip", zipBytes);
@@ -255,7 +255,7 @@ TEST(WhatsAppSource, PlantedLinkInTheCacheIsReplacedNotFollowed) {
 }
 
 TEST(WhatsAppSource, ZipsWithoutAReadableChatAreSkipped) {
-    test::ScopedCacheHome cache;
+    testing::ScopedCacheHome cache;
     TempFolder tmp;
     tmp.write("photos.zip", makeZip({{"a.jpg", "jpeg", 8}, {"__MACOSX/._x.txt", "fork", 0}}));
     std::string utf16 = "\xFF\xFE";
@@ -290,7 +290,7 @@ TEST(WhatsAppSource, ChatEntryPrefersTheRealChat) {
 }
 
 TEST(WhatsAppSource, CommandLineJsonShowsTheChat) {
-    test::ScopedCacheHome cache;
+    testing::ScopedCacheHome cache;
     TempFolder tmp, config;
     std::string chat;
     for (int month = 1; month <= 3; ++month)

@@ -14,18 +14,6 @@ namespace kinfolio::testing {
 
 namespace {
 
-// Pango and cairo keep process-wide font caches; released at the
-// end of the run so the leak checker sees only real leaks.
-class ReleaseFontCaches : public ::testing::Environment {
-public:
-    void TearDown() override {
-        pango_cairo_font_map_set_default(nullptr);
-        cairo_debug_reset_static_data();
-    }
-};
-[[maybe_unused]] const auto* const releaseFontCaches =
-    ::testing::AddGlobalTestEnvironment(new ReleaseFontCaches);
-
 std::string flatten(std::string text) {
     for (char& c : text)
         if (c == '\n') c = ' ';
@@ -197,4 +185,3 @@ FileRecord fileRecord(const std::string& path, char hexDigit, int64_t bytes) {
 }
 
 }  // namespace kinfolio::testing
-

@@ -1,12 +1,15 @@
 #include "support/temp_folder.h"
 
+#include <sys/stat.h>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
 
-namespace kinfolio::test {
+#include "scan/scanner.h"
+
+namespace kinfolio::testing {
 
 namespace fs = std::filesystem;
 
@@ -43,6 +46,21 @@ std::string readFile(const std::string& path) {
     return s.str();
 }
 
+std::string folderFingerprint(const std::string& folder) {
+    std::string out;
+    for (const auto& e : fs::recursive_directory_iterator(folder)) {
+        struct stat st {};
+        ::lstat(e.path().c_str(), &st);
+        out += e.path().string() + " " + std::to_string(st.st_mode) + " " +
+               std::to_string(st.st_size) + " " + std::to_string(st.st_mtim.tv_sec) + "." +
+               std::to_string(st.st_mtim.tv_nsec);
+        if (e.is_regular_file() && !e.is_symlink())
+            out += " " + Scanner::sha256Hex(readFile(e.path().string()));
+        out += "\n";
+    }
+    return out;
+}
+
 ScopedCacheHome::ScopedCacheHome() {
     if (const char* old = std::getenv("XDG_CACHE_HOME")) {
         previous_ = old;
@@ -58,4 +76,4 @@ ScopedCacheHome::~ScopedCacheHome() {
         ::unsetenv("XDG_CACHE_HOME");
 }
 
-}  // namespace kinfolio::test
+}  // namespace kinfolio::testing

@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-namespace kinfolio::test {
+namespace kinfolio::testing {
 
 // A fresh folder under the system's temporary folder, removed with its
 // contents when the test ends.
@@ -24,6 +24,10 @@ private:
 
 std::string readFile(const std::string& path);
 
+// A snapshot of every file below a folder (relative path, mode, size,
+// modification time and content hash), to prove a folder was left untouched.
+std::string folderFingerprint(const std::string& folder);
+
 // Points $XDG_CACHE_HOME at a temporary folder for the life of the object,
 // so tests never touch the user's real cache.
 class ScopedCacheHome {
@@ -38,4 +42,4 @@ private:
     bool hadPrevious_ = false;
 };
 
-}  // namespace kinfolio::test
+}  // namespace kinfolio::testing

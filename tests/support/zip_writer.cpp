@@ -4,7 +4,7 @@
 
 #include <stdexcept>
 
-namespace kinfolio::test {
+namespace kinfolio::testing {
 
 namespace {
 
@@ -89,4 +89,4 @@ std::string makeZip(const std::vector<ZipMember>& members, const std::string& co
     return out;
 }
 
-}  // namespace kinfolio::test
+}  // namespace kinfolio::testing

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-namespace kinfolio::test {
+namespace kinfolio::testing {
 
 // One member of an archive made by a test. Stored (0) and deflated (8)
 // members are encoded for real; any other method keeps the data as it is.
@@ -29,4 +29,4 @@ std::string makeZip(const std::vector<ZipMember>& members, const std::string& co
 // Raw deflate (no zlib header), as ZIP members hold it.
 std::string rawDeflate(const std::string& data);
 
-}  // namespace kinfolio::test
+}  // namespace kinfolio::testing
