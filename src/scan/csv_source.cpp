@@ -7,7 +7,7 @@
 
 namespace kinfolio::Scanner {
 
-void readChatCsv(ScanContext& ctx, Record& csv, const std::string& text) {
+void readChatCsv(ScanContext& ctx, Record& csv, std::string_view text) {
     ChatDateOrder dates = chatDateOrder(text, ctx.order);
     try {
         auto read = Importer::csv(text, csv.file.sha256, dates.order);

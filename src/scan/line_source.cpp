@@ -4,7 +4,7 @@
 
 namespace kinfolio::Scanner {
 
-void readLineText(ScanContext& ctx, Record& chat, const std::string& text) {
+void readLineText(ScanContext& ctx, Record& chat, std::string_view text) {
     try {
         auto read = Importer::line(text, chat.file.sha256);
         ctx.sources.push_back(chatSource(SourceKind::line, chat.file, {}, std::move(read.items),

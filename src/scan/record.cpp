@@ -62,4 +62,16 @@ std::optional<std::string> decodeText(std::string_view bytes) {
     return decodeUtf16(bytes);
 }
 
+std::optional<std::string_view> textOf(std::string_view bytes, std::string& decoded) {
+    std::string_view text = bytes;
+    if (!isValidUtf8(bytes)) {
+        auto utf16 = decodeUtf16(bytes);
+        if (!utf16) return std::nullopt;
+        decoded = std::move(*utf16);
+        text = decoded;
+    }
+    if (startsWith(text, "\uFEFF")) text.remove_prefix(3);
+    return text;
+}
+
 }  // namespace kinfolio::Scanner

@@ -22,18 +22,17 @@ namespace {
 
 constexpr std::string_view kUnknownEncoding = "Text file in an unknown encoding.";
 
-bool isLineExport(const std::string& text) {
-    std::string_view rest = text;
-    if (startsWith(rest, "\uFEFF")) rest.remove_prefix(3);
-    if (startsWith(rest, "[LINE]")) return true;
-    size_t end = rest.find_first_of("\r\n");
-    return Importer::lineDay(rest.substr(0, end)).has_value();
+bool isLineExport(std::string_view text) {
+    if (startsWith(text, "[LINE]")) return true;
+    size_t end = text.find_first_of("\r\n");
+    return Importer::lineDay(text.substr(0, end)).has_value();
 }
 
 // The three content tests of a text file, most specific first: an e-mail
 // header block is unmistakable, WhatsApp lines come next, LINE last.
 void routeText(ScanContext& ctx, Record& r) {
-    auto text = decodeText(r.data.bytes());
+    std::string decoded;
+    auto text = textOf(r.data.bytes(), decoded);
     if (!text) return ctx.skip(r.path, std::string(kUnknownEncoding));
     if (Importer::looksLikeEmail(*text)) return readEmailText(ctx, r, *text);
     if (Importer::looksLikeWhatsApp(*text)) {
@@ -47,7 +46,8 @@ void routeText(ScanContext& ctx, Record& r) {
 }
 
 void routeCsv(ScanContext& ctx, Record& r) {
-    auto text = decodeText(r.data.bytes());
+    std::string decoded;
+    auto text = textOf(r.data.bytes(), decoded);
     if (!text) return ctx.skip(r.path, std::string(kUnknownEncoding));
     auto header = Importer::csvHeader(*text);
     if (!header || !Importer::hasChatColumns(*header))
@@ -75,11 +75,9 @@ void routeHtml(ScanContext& ctx, Record& r) {
     ctx.skip(r.path, "Web page; Kinfolio does not read HTML.");
 }
 
-// A mailbox can be hundreds of megabytes: UTF-8 (the usual case) is read
-// straight from the mapped file rather than from a decoded copy.
 void routeEmail(ScanContext& ctx, Record& r) {
-    if (isValidUtf8(r.data.bytes())) return readEmailText(ctx, r, r.data.bytes());
-    auto text = decodeText(r.data.bytes());
+    std::string decoded;
+    auto text = textOf(r.data.bytes(), decoded);
     if (!text) return ctx.skip(r.path, std::string(kUnknownEncoding));
     readEmailText(ctx, r, *text);
 }
@@ -99,17 +97,27 @@ constexpr std::array<Route, 22> kRoutes = {{
     {"3gp", readVideo},  {"avi", readVideo},
 }};
 
-}  // namespace
-
-void route(ScanContext& ctx, const std::string& path) {
+const Route* findRoute(const std::string& path) {
     std::string ext = fs::path(path).extension().string();
     ext = asciiLower(ext.empty() ? ext : ext.substr(1));
     auto it = std::find_if(kRoutes.begin(), kRoutes.end(),
                            [&](const Route& r) { return r.extension == ext; });
-    if (it == kRoutes.end()) return ctx.skip(path, "Not a file type Kinfolio reads.");
+    return it == kRoutes.end() ? nullptr : &*it;
+}
+
+}  // namespace
+
+bool isMedia(const std::string& path) {
+    const Route* r = findRoute(path);
+    return r && (r->read == readImage || r->read == readVideo || r->read == readDocument);
+}
+
+void route(ScanContext& ctx, const std::string& path) {
+    const Route* r = findRoute(path);
+    if (!r) return ctx.skip(path, "Not a file type Kinfolio reads.");
     auto record = ctx.record(path);
     if (!record) return;
-    it->read(ctx, *record);
+    r->read(ctx, *record);
 }
 
 void readQuilloryFolders(ScanContext& ctx) {

@@ -10,6 +10,10 @@ namespace kinfolio::Scanner {
 // its content, to the reader that fits, or skips it with the reason that fits.
 void route(ScanContext& ctx, const std::string& path);
 
+// Photos, videos and documents: read after every other file, so that a chat
+// claims its attachments before they could be taken for loose media.
+bool isMedia(const std::string& path);
+
 // Finds the Quillory export folders of the listing and has them read first.
 void readQuilloryFolders(ScanContext& ctx);
 

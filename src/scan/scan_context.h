@@ -57,5 +57,9 @@ struct ScanContext {
 
 // The text of a text file: UTF-8, else UTF-16; none in any other encoding.
 std::optional<std::string> decodeText(std::string_view bytes);
+// The same without a copy for UTF-8 (the usual case, and chats run to
+// hundreds of megabytes): a view of the bytes, with a leading byte-order mark
+// left out. UTF-16 is decoded into `decoded`, which the view then points into.
+std::optional<std::string_view> textOf(std::string_view bytes, std::string& decoded);
 
 }  // namespace kinfolio::Scanner

@@ -93,10 +93,17 @@ ScanResult scan(const std::string& folder, DateOrder order, const std::string& z
             SkippedFile{"…", "Only the first " + std::to_string(kMaxFiles) + " files were read."});
 
     readQuilloryFolders(ctx);
-    for (size_t i = 0; i < ctx.files.size(); ++i) {
-        const std::string& path = ctx.files[i];
-        if (!ctx.consumed.count(path)) route(ctx, path);
-        if (progress) progress(i + 1, ctx.files.size());
+    // Chats first, loose media after: an export's photos often sort before
+    // its chat file ("photos/…" before "result.json").
+    std::vector<const std::string*> handling;
+    handling.reserve(ctx.files.size());
+    for (const auto& path : ctx.files)
+        if (!isMedia(path)) handling.push_back(&path);
+    for (const auto& path : ctx.files)
+        if (isMedia(path)) handling.push_back(&path);
+    for (size_t i = 0; i < handling.size(); ++i) {
+        if (!ctx.consumed.count(*handling[i])) route(ctx, *handling[i]);
+        if (progress) progress(i + 1, handling.size());
     }
 
     addMediaGroup(ctx.sources, ctx.photos,

@@ -12,6 +12,7 @@
 #include "model/files.h"
 #include "model/text.h"
 #include "scan/attach.h"
+#include "scan/date_order.h"
 #include "scan/readers.h"
 #include "scan/scanner.h"
 
@@ -23,10 +24,6 @@ namespace {
 
 constexpr std::array<std::string_view, 4> kTitlePrefixes = {
     "WhatsApp Chat with ", "WhatsApp Chat - ", "WhatsApp-Chat mit ", "Chat de WhatsApp con "};
-
-constexpr const char* kAmbiguousOrder =
-    "The dates could be day/month or month/day; day first was assumed. Change Date order if "
-    "they look wrong.";
 
 bool isPrivateFolder(const std::string& path) {
     struct stat st {};
@@ -64,15 +61,12 @@ std::string withoutTitlePrefix(const std::string& name) {
     return name;
 }
 
-ChatOutcome whatsappSource(const std::string& text, const FileRecord& file, const std::string& name,
+ChatOutcome whatsappSource(std::string_view text, const FileRecord& file, const std::string& name,
                            DateOrder order, const std::string& mediaDir, ScanContext& ctx) {
+    ChatDateOrder dates = chatDateOrder(text, order);
+    order = dates.order;
     std::vector<std::string> notes;
-    if (order == DateOrder::automatic) {
-        auto quick = Importer::fast::detectOrder(text);
-        auto detected = quick ? *quick : Importer::detectOrder(text);
-        if (!detected) notes.emplace_back(kAmbiguousOrder);
-        order = detected.value_or(DateOrder::dayFirst);
-    }
+    if (dates.note) notes.push_back(*dates.note);
     Importer::ImportResult chat;
     try {
         chat = Importer::whatsapp(text, file.sha256, order);
@@ -84,8 +78,10 @@ ChatOutcome whatsappSource(const std::string& text, const FileRecord& file, cons
 
     std::vector<FileRecord> media;
     Resolver inMediaDir = [&](const std::string& attached) -> std::optional<std::string> {
-        if (attached.empty()) return std::nullopt;
-        return (fs::path(mediaDir) / attached).lexically_normal().string();
+        // A name such as "../../x.jpg" must not reach outside the export.
+        std::string path = (fs::path(mediaDir) / attached).lexically_normal().string();
+        if (attached.empty() || !startsWith(path, mediaDir + "/")) return std::nullopt;
+        return path;
     };
     attach(chat.items, inMediaDir, ctx, media);
 
@@ -139,7 +135,7 @@ std::optional<std::string> extractWhatsAppZip(const std::string& zipPath, const 
     }
 }
 
-void readWhatsAppText(ScanContext& ctx, Record& chat, const std::string& text,
+void readWhatsAppText(ScanContext& ctx, Record& chat, std::string_view text,
                       const std::string& name) {
     std::string mediaDir = fs::path(chat.path).parent_path().string();
     auto outcome = whatsappSource(text, chat.file, name, ctx.order, mediaDir, ctx);
@@ -167,8 +163,8 @@ void readZip(ScanContext& ctx, Record& zipRecord) {
         auto text = MappedFile::open(*chatPath);
         if (!text) return ctx.skip(zipRecord.path, kNoChat);
         std::string mediaDir = fs::path(*chatPath).parent_path().string();
-        auto outcome = whatsappSource(std::string(text->bytes()), zipRecord.file, name, ctx.order,
-                                      mediaDir, ctx);
+        auto outcome =
+            whatsappSource(text->bytes(), zipRecord.file, name, ctx.order, mediaDir, ctx);
         if (auto* skipped = std::get_if<SkippedFile>(&outcome))
             ctx.skipped.push_back(std::move(*skipped));
         else

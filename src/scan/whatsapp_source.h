@@ -19,7 +19,7 @@ using ChatOutcome = std::variant<Source, SkippedFile>;
 // Reads the chat, links its attachments (looked up in mediaDir; claimed in
 // ctx.consumed, images recorded) and names it after `name` without the
 // "WhatsApp Chat with " style prefix.
-ChatOutcome whatsappSource(const std::string& text, const FileRecord& file, const std::string& name,
+ChatOutcome whatsappSource(std::string_view text, const FileRecord& file, const std::string& name,
                            DateOrder order, const std::string& mediaDir, ScanContext& ctx);
 
 // The attachment file name a message names, iPhone or Android style.

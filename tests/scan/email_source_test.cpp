@@ -119,5 +119,14 @@ TEST_F(EmailScan, EmailTextInATxtIsSkippedWhenUndated) {
     EXPECT_EQ(result["skipped"][0]["reason"], "No dated email found.");
 }
 
+TEST_F(EmailScan, AByteOrderMarkDoesNotHideAnEmailInATxt) {
+    write(folder / "letter.txt",
+          "\xEF\xBB\xBF"
+          "From: Sam\nDate: 6 Jan 2025 09:05\nSubject: Hi\n\nbody\n");
+    Json result = scan();
+    ASSERT_EQ(result["sources"].size(), 1u) << result.dump(2);
+    EXPECT_EQ(result["sources"][0]["items"][0]["heading"], "From: Sam\nSubject: Hi");
+}
+
 }  // namespace
 }  // namespace kinfolio

@@ -19,6 +19,7 @@ namespace kinfolio::Scanner {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::folderFingerprint;
 using testing::makeZip;
 using testing::TempFolder;
 
@@ -45,26 +46,13 @@ const Source* findKind(const ScanResult& r, SourceKind kind) {
     return nullptr;
 }
 
-// Path, size and modification time of everything below the folder.
-std::map<std::string, std::pair<uintmax_t, long long>> snapshot(const std::string& folder) {
-    std::map<std::string, std::pair<uintmax_t, long long>> files;
-    for (const auto& e : fs::recursive_directory_iterator(folder)) {
-        struct stat st {};
-        ::lstat(e.path().c_str(), &st);
-        files[e.path().string()] = {
-            e.is_regular_file() ? e.file_size() : 0,
-            static_cast<long long>(st.st_mtim.tv_sec) * 1000000000 + st.st_mtim.tv_nsec};
-    }
-    return files;
-}
-
 TEST(WhatsAppSource, LooseChatLinksThePhotoBesideIt) {
     TempFolder tmp;
     tmp.write("Trip to Lisbon/_chat.txt", kChat);
     std::string photo = tmp.write("Trip to Lisbon/" + kPhotoName, kPhoto);
-    auto before = snapshot(tmp.path());
+    auto before = folderFingerprint(tmp.path());
     auto result = scanFolder(tmp.path());
-    EXPECT_EQ(snapshot(tmp.path()), before);  // nothing under the folder is written
+    EXPECT_EQ(folderFingerprint(tmp.path()), before);  // nothing under the folder is written
 
     ASSERT_EQ(result.sources.size(), 1u);
     const Source& s = result.sources[0];
@@ -196,11 +184,11 @@ TEST(WhatsAppSource, ZippedChatScansToTheSameItems) {
     std::string zipBytes = zippedChat();
     zipped.write("WhatsApp Chat with Sam Lee.zip", zipBytes);
     ::chmod(zipped.path().c_str(), 0555);  // a write into the folder would fail loudly
-    auto before = snapshot(zipped.path());
+    auto before = folderFingerprint(zipped.path());
 
     auto a = scanFolder(loose.path());
     auto b = scanFolder(zipped.path());
-    EXPECT_EQ(snapshot(zipped.path()), before);
+    EXPECT_EQ(folderFingerprint(zipped.path()), before);
     ASSERT_EQ(b.sources.size(), 1u);
     EXPECT_TRUE(b.skipped.empty());
     const Source& s = b.sources[0];
@@ -318,6 +306,37 @@ TEST(WhatsAppSource, CommandLineJsonShowsTheChat) {
     EXPECT_EQ(photo["imageURL"], tmp.path() + "/Sam/" + kPhotoName);
     EXPECT_EQ(s["items"][13]["sender"], "");
     EXPECT_TRUE(json["skipped"].empty());
+}
+
+// An attachment whose name sorts before its chat is still claimed by the chat
+// rather than handled first as a loose file.
+TEST(WhatsAppSource, AttachmentsSortingBeforeTheChatAreClaimedByIt) {
+    TempFolder tmp;
+    tmp.write("trip/Sam.txt",
+              "[05/01/2025, 09:00:00] Sam Lee: <attached: IMG_0001.jpg>\n"
+              "[05/01/2025, 09:01:00] Alex Morgan: Lovely\n");
+    tmp.write("trip/IMG_0001.jpg", kPhoto);
+    ScanResult r = scanFolder(tmp.path());
+    EXPECT_TRUE(r.skipped.empty()) << r.skipped.front().path << ": " << r.skipped.front().reason;
+    ASSERT_EQ(r.sources.size(), 1u);
+    ASSERT_EQ(r.sources[0].files.size(), 2u);
+    EXPECT_EQ(r.sources[0].files[1].path, "trip/IMG_0001.jpg");
+}
+
+TEST(WhatsAppSource, AttachmentNamesNeverReachOutsideTheExport) {
+    TempFolder tmp;
+    tmp.write("outside.jpg", kPhoto);
+    tmp.write("chat/_chat.txt",
+              "[05/01/2025, 09:00:00] Sam Lee: <attached: ../outside.jpg>\n"
+              "[05/01/2025, 09:01:00] Alex Morgan: Hi\n");
+    ScanResult r = scanFolder(tmp.path());
+    const Source* chat = findKind(r, SourceKind::whatsapp);
+    ASSERT_NE(chat, nullptr);
+    EXPECT_EQ(chat->files.size(), 1u);
+    EXPECT_FALSE(chat->items[0].imageURL.has_value());
+    // The file outside is left to the scan, which lists it on its own.
+    ASSERT_EQ(r.skipped.size(), 1u);
+    EXPECT_EQ(r.skipped[0].path, "outside.jpg");
 }
 
 }  // namespace
