@@ -4,27 +4,10 @@
 #include <filesystem>
 
 #include "app/example_folder.h"
+#include "layout/export_flow.h"
 #include "model/files.h"
 
 namespace kinfolio {
-
-namespace {
-
-// The number of chat conversations the items come from, for the cover.
-int conversationCount(const ScanResult& scan, const std::vector<Evidence>& items) {
-    std::set<std::string> ids;
-    for (const auto& item : items)
-        ids.insert(item.id());
-    int count = 0;
-    for (const auto& source : scan.sources)
-        if (isChat(source.kind) &&
-            std::any_of(source.items.begin(), source.items.end(),
-                        [&](const Evidence& e) { return ids.contains(e.id()); }))
-            ++count;
-    return count;
-}
-
-}  // namespace
 
 AppModel::AppModel(Executor& executor, AppServices services, SettingsStore store)
     : executor_(executor), services_(std::move(services)), store_(std::move(store)) {}
@@ -173,14 +156,7 @@ void AppModel::recompute() {
 }
 
 ExportInput AppModel::exportInput(std::vector<Evidence> items) const {
-    ExportInput input;
-    input.settings = state_.settings;
-    if (state_.scan) {
-        input.files = state_.scan->files();
-        input.conversationCount = conversationCount(*state_.scan, items);
-    }
-    input.items = std::move(items);
-    return input;
+    return ExportFlow::input(state_.scan.value_or(ScanResult{}), state_.settings, std::move(items));
 }
 
 void AppModel::schedulePreview() {
@@ -274,7 +250,7 @@ void AppModel::continueReadingInBackground() {
 }
 
 std::string AppModel::proposedFileName() const {
-    return services_.baseName(state_.settings) + ".pdf";
+    return ExportFlow::baseName(state_.settings) + ".pdf";
 }
 
 void AppModel::exportPDF(const std::string& path) {
@@ -289,14 +265,9 @@ void AppModel::exportPDF(const std::string& path) {
     state_.isExporting = true;
     changed();
 
-    std::filesystem::path target(path);
-    std::string folder = target.parent_path().string();
-    std::string base =
-        target.extension() == ".pdf" ? target.stem().string() : target.filename().string();
-    int maxFileMB = state_.settings.maxFileMB;
-    int64_t limit = services_.byteLimit(state_.settings);
+    int64_t limit = ExportFlow::byteLimit(state_.settings);
     Executor* executor = &executor_;
-    executor_.background([this, executor, path, folder, base, maxFileMB, limit,
+    executor_.background([this, executor, path, limit, settings = state_.settings,
                           services = services_, input = exportInput(state_.selected)] {
         std::vector<std::string> written, notes;
         std::optional<std::string> error;
@@ -304,20 +275,9 @@ void AppModel::exportPDF(const std::string& path) {
             Output output = services.make(input);
             std::vector<std::string> parts = limit >= 1 ? services.split(output.data, limit)
                                                         : std::vector<std::string>{output.data};
-            int n = static_cast<int>(parts.size());
-            for (int i = 0; i < n; ++i) {
-                std::string file =
-                    n == 1 ? path
-                           : (std::filesystem::path(folder) / services.partName(base, i + 1, n))
-                                 .string();
-                writeFileAtomically(file, parts[i]);
-                written.push_back(file);
-            }
-            if (n > 1) notes.push_back(services.splitMessage(n, maxFileMB));
-            if (limit >= 1 && std::any_of(parts.begin(), parts.end(), [&](const std::string& p) {
-                    return static_cast<int64_t>(p.size()) > limit;
-                }))
-                notes.push_back(services.oversizeMessage(maxFileMB));
+            auto result = ExportFlow::writeParts(parts, settings, path);
+            written = std::move(result.files);
+            notes = std::move(result.notes);
         } catch (const EvidenceError& e) {
             error = e.what();
         } catch (const std::exception&) {

@@ -1,6 +1,5 @@
 #include "app/app_services.h"
 
-#include "layout/export_flow.h"
 #include "scan/scanner.h"
 #include "selection/selection.h"
 
@@ -18,11 +17,6 @@ AppServices AppServices::standard() {
     s.setSelected = Selection::setSelected;
     s.make = PDFExporter::make;
     s.split = PDFExporter::split;
-    s.baseName = ExportFlow::baseName;
-    s.partName = ExportFlow::partName;
-    s.byteLimit = ExportFlow::byteLimit;
-    s.splitMessage = ExportFlow::splitMessage;
-    s.oversizeMessage = ExportFlow::oversizeMessage;
     return s;
 }
 

@@ -34,13 +34,6 @@ struct AppServices {
     std::function<Output(const ExportInput&)> make;
     std::function<std::vector<std::string>(const std::string& data, int64_t maxBytes)> split;
 
-    // Naming and wording of a saved export.
-    std::function<std::string(const Settings&)> baseName;
-    std::function<std::string(const std::string& base, int i, int n)> partName;
-    std::function<int64_t(const Settings&)> byteLimit;
-    std::function<std::string(int parts, int maxFileMB)> splitMessage;
-    std::function<std::string(int maxFileMB)> oversizeMessage;
-
     // Screenshot text recognition after a scan; both may be left empty when
     // the scan reads screenshots itself.
     std::function<size_t(const ScanResult&)> screenshotsToRead;

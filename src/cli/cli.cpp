@@ -54,8 +54,8 @@ Settings settingsFromFile(const std::string& path) {
 }  // namespace
 
 const std::vector<Command>& commands() {
-    static const std::vector<Command> all = {scanCommand(), selectCommand(), settingsCommand(),
-                                             exampleCommand(), guidesCommand()};
+    static const std::vector<Command> all = {scanCommand(),     selectCommand(),  exportCommand(),
+                                             settingsCommand(), exampleCommand(), guidesCommand()};
     return all;
 }
 

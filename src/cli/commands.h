@@ -15,6 +15,7 @@ namespace kinfolio::cli {
 Command scanCommand();
 Command settingsCommand();
 Command selectCommand();
+Command exportCommand();
 Command exampleCommand();
 Command guidesCommand();
 

@@ -1,8 +1,12 @@
 #include "layout/export_flow.h"
 
+#include <algorithm>
+#include <filesystem>
 #include <limits>
+#include <set>
 
 #include "model/evidence.h"
+#include "model/files.h"
 #include "model/text.h"
 
 namespace kinfolio::ExportFlow {
@@ -40,6 +44,44 @@ std::string oversizeMessage(int maxFileMB) {
     return "One page is larger than " + std::to_string(maxFileMB) +
            " MB on its own, so its file is over the limit. Use fewer or smaller photos on that "
            "page.";
+}
+
+ExportInput input(const ScanResult& scan, const Settings& settings, std::vector<Evidence> items) {
+    std::set<std::string> ids;
+    for (const auto& item : items)
+        ids.insert(item.id());
+    ExportInput in;
+    for (const auto& source : scan.sources)
+        if (isChat(source.kind) &&
+            std::any_of(source.items.begin(), source.items.end(),
+                        [&](const Evidence& e) { return ids.count(e.id()) > 0; }))
+            ++in.conversationCount;
+    in.items = std::move(items);
+    in.settings = settings;
+    in.files = scan.files();
+    return in;
+}
+
+Written writeParts(const std::vector<std::string>& parts, const Settings& settings,
+                   const std::string& target) {
+    namespace fs = std::filesystem;
+    Written written;
+    int n = static_cast<int>(parts.size());
+    fs::path path(target);
+    std::string base = path.extension() == ".pdf" ? path.stem().string() : path.filename().string();
+    for (int i = 0; i < n; ++i) {
+        std::string file =
+            n == 1 ? target : (path.parent_path() / partName(base, i + 1, n)).string();
+        writeFileAtomically(file, parts[i]);
+        written.files.push_back(file);
+    }
+    int64_t limit = byteLimit(settings);
+    if (n > 1) written.notes.push_back(splitMessage(n, settings.maxFileMB));
+    if (limit >= 1 && std::any_of(parts.begin(), parts.end(), [&](const std::string& p) {
+            return static_cast<int64_t>(p.size()) > limit;
+        }))
+        written.notes.push_back(oversizeMessage(settings.maxFileMB));
+    return written;
 }
 
 }  // namespace kinfolio::ExportFlow

@@ -94,29 +94,6 @@ AppServices fakeServices(std::shared_ptr<FakeLog> log, size_t messages) {
             parts.push_back(data.substr(at, static_cast<size_t>(maxBytes)));
         return parts;
     };
-    s.baseName = [](const Settings& settings) {
-        std::string base;
-        for (const auto* name : {&settings.title, &settings.applicant})
-            if (!name->empty()) base += (base.empty() ? "" : " - ") + *name;
-        if (base.empty()) base = "Relationship evidence";
-        std::replace(base.begin(), base.end(), '/', '-');
-        return base;
-    };
-    s.partName = [](const std::string& base, int i, int n) {
-        return base + " - Part " + std::to_string(i) + " of " + std::to_string(n) + ".pdf";
-    };
-    s.byteLimit = [](const Settings& settings) {
-        return static_cast<int64_t>(settings.maxFileMB) * 1000000;
-    };
-    s.splitMessage = [](int parts, int mb) {
-        return "The PDF is split into " + std::to_string(parts) + " files of at most " +
-               std::to_string(mb) + " MB each. Page numbers continue from one file to the next.";
-    };
-    s.oversizeMessage = [](int mb) {
-        return "One page is larger than " + std::to_string(mb) +
-               " MB on its own, so its file is over the limit. Use fewer or smaller photos on "
-               "that page.";
-    };
     return s;
 }
 
