@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
+#include "support/temp_folder.h"
+
 namespace kinfolio {
 namespace {
 
@@ -46,6 +50,41 @@ TEST(ExportFlowTest, MessagesNameTheCountAndTheLimit) {
     EXPECT_EQ(ExportFlow::oversizeMessage(25),
               "One page is larger than 25 MB on its own, so its file is over the limit. Use "
               "fewer or smaller photos on that page.");
+}
+
+TEST(ExportFlowTest, OnePartIsWrittenAtTheTargetItself) {
+    testing::TempFolder dir;
+    Settings settings;
+    auto written = ExportFlow::writeParts({"%PDF-one"}, settings, dir.path() + "/Evidence.pdf");
+    EXPECT_EQ(written.files, std::vector<std::string>{dir.path() + "/Evidence.pdf"});
+    EXPECT_TRUE(written.notes.empty());
+    EXPECT_EQ(testing::readFile(dir.path() + "/Evidence.pdf"), "%PDF-one");
+}
+
+TEST(ExportFlowTest, PartsAreNamedAfterTheTargetAndAnOversizedOneIsReported) {
+    testing::TempFolder dir;
+    Settings settings;
+    settings.maxFileMB = 1;
+    std::string big(1'000'001, 'x');
+    auto written = ExportFlow::writeParts({"a", big, "c"}, settings, dir.path() + "/Evidence.pdf");
+    EXPECT_EQ(written.files,
+              (std::vector<std::string>{dir.path() + "/Evidence - Part 1 of 3.pdf",
+                                        dir.path() + "/Evidence - Part 2 of 3.pdf",
+                                        dir.path() + "/Evidence - Part 3 of 3.pdf"}));
+    EXPECT_EQ(written.notes, (std::vector<std::string>{ExportFlow::splitMessage(3, 1),
+                                                       ExportFlow::oversizeMessage(1)}));
+    EXPECT_FALSE(std::filesystem::exists(dir.path() + "/Evidence.pdf"));
+    EXPECT_EQ(testing::readFile(dir.path() + "/Evidence - Part 3 of 3.pdf"), "c");
+    // Only the three parts: no temporary file is left behind.
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()),
+                            std::filesystem::directory_iterator()),
+              3);
+}
+
+TEST(ExportFlowTest, AFolderThatCannotBeWrittenIsAClearError) {
+    Settings settings;
+    EXPECT_THROW(ExportFlow::writeParts({"x"}, settings, "/nonexistent/folder/Evidence.pdf"),
+                 EvidenceError);
 }
 
 }  // namespace
