@@ -7,6 +7,7 @@
 
 #include "cli/cli.h"
 #include "cli/commands.h"
+#include "scan/scanner.h"
 #include "selection/items.h"
 #include "selection/selection.h"
 
@@ -112,6 +113,77 @@ ScanResult chatAndPhotos() {
     scan.sources = {source(SourceKind::whatsapp, "chat", chat),
                     source(SourceKind::photos, "pics", {photo})};
     return scan;
+}
+
+// The whole road on a real WhatsApp chat: ten January messages and a system
+// line, nothing in February, three in March; one message a month with its
+// neighbours, then the user's ticks on top.
+TEST_F(SelectCommand, SamplesAWhatsAppChatEndToEnd) {
+    std::string chat =
+        "[01/01/2025, 09:00:00] Sam Lee: m1\n"
+        "[02/01/2025, 09:00:00] Alex Morgan: m2\n"
+        "[03/01/2025, 09:00:00] Messages are end-to-end encrypted.\n";
+    for (int day = 4; day <= 11; ++day)
+        chat += "[" + std::to_string(day) + "/01/2025, 09:00:00] Sam Lee: m" + std::to_string(day) +
+                "\n";
+    chat +=
+        "[14/03/2025, 09:00:00] Alex Morgan: m12\n"
+        "[15/03/2025, 09:00:00] Sam Lee: m13\n"
+        "[16/03/2025, 09:00:00] Alex Morgan: m14\n";
+    fs::create_directories(materials / "Sam");
+    write(materials / "Sam" / "_chat.txt", chat);
+    std::string sha = Scanner::sha256Hex(chat);
+    auto id = [&](int line) { return sha + ":" + std::to_string(line); };
+
+    ASSERT_EQ(run({"select", materials.string(), "--json", "--set", "messagesPerMonth=1"}), 0)
+        << err.str();
+    Json j = Json::parse(out.str());
+    EXPECT_EQ(j["candidates"], 14);
+    EXPECT_EQ(j["selected"], Json({id(1), id(2), id(11), id(12), id(13)}));
+    EXPECT_EQ(j["summary"], "5 messages");
+    EXPECT_EQ(j["exportCount"], 5);
+    EXPECT_EQ(j["gapMonths"], Json({"Feb 2025"}));
+
+    write(settingsFile, Json{{"messagesPerMonth", 1},
+                             {"excludedItems", {id(2), id(13)}},
+                             {"addedItems", {id(5), id(13)}}}
+                            .dump());
+    ASSERT_EQ(run({"select", materials.string(), "--json", "--settings", settingsFile.string()}), 0)
+        << err.str();
+    j = Json::parse(out.str());
+    EXPECT_EQ(j["selected"], Json({id(1), id(5), id(11), id(12)}));
+    EXPECT_EQ(j["samplingNote"].get<std::string>().substr(
+                  j["samplingNote"].get<std::string>().find("The applicant")),
+              "The applicant then added 2 and removed 2 item(s) by hand.");
+}
+
+// Every chat of a whole-account Telegram export is a source of its own, so
+// unticking one leaves the others in.
+TEST_F(SelectCommand, UntickingOneTelegramChatLeavesTheOthers) {
+    std::string json = R"({"chats": {"list": [
+  {"name": "Sam", "type": "personal_chat", "messages": [
+    {"type": "message", "date": "2025-05-03T20:00:00", "from": "Sam", "text": "a"},
+    {"type": "message", "date": "2025-05-03T20:01:00", "from": "Sam", "text": "b"}]},
+  {"name": "Family", "type": "private_group", "messages": [
+    {"type": "message", "date": "2025-05-04T10:00:00", "from": "Kim", "text": "c"},
+    {"type": "message", "date": "2025-05-04T10:01:00", "from": "Kim", "text": "d"},
+    {"type": "message", "date": "2025-05-04T10:02:00", "from": "Jo", "text": "e"}]},
+  {"name": "Trip", "type": "private_group", "messages": [
+    {"type": "message", "date": "2025-05-05T10:00:00", "from": "Jo", "text": "f"}]}
+]}})";
+    fs::create_directories(materials / "Telegram");
+    write(materials / "Telegram" / "result.json", json);
+    std::string sha = Scanner::sha256Hex(json);
+
+    ASSERT_EQ(run({"select", materials.string(), "--json", "--set", "messagesPerMonth=0"}), 0);
+    EXPECT_EQ(Json::parse(out.str())["candidates"], 6);
+    write(settingsFile, Json{{"messagesPerMonth", 0}, {"excludedSources", {sha + "#1"}}}.dump());
+    ASSERT_EQ(run({"select", materials.string(), "--settings", settingsFile.string()}), 0);
+    std::string text = out.str();
+    EXPECT_NE(text.find("4 messages"), std::string::npos) << text;
+    EXPECT_NE(text.find("Kim"), std::string::npos);
+    EXPECT_NE(text.find("Jo"), std::string::npos);
+    EXPECT_EQ(text.find("Sam "), std::string::npos);
 }
 
 TEST(SelectOutput, TextListsCoverageThenOneLinePerItem) {
