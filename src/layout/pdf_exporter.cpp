@@ -1,7 +1,5 @@
 #include "layout/pdf_exporter.h"
 
-// QPDF 11 warns unless told that only std::shared_ptr is used.
-#define POINTERHOLDER_TRANSITION 4
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFWriter.hh>
 

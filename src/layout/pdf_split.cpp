@@ -1,7 +1,6 @@
 #include "layout/pdf_split.h"
 
 // The newer qpdf interface only, without its transition warning.
-#define POINTERHOLDER_TRANSITION 4
 
 #include <qpdf/Buffer.hh>
 #include <qpdf/Pl_Count.hh>

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 #include <poppler.h>
-#define POINTERHOLDER_TRANSITION 4
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFOutlineDocumentHelper.hh>
 

@@ -1,6 +1,5 @@
 #include "layout/pdf_split.h"
 
-#define POINTERHOLDER_TRANSITION 4
 
 #include <gtest/gtest.h>
 #include <poppler.h>

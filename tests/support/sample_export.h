@@ -2,9 +2,6 @@
 
 // Sample exports for the splitting tests and benchmark: documents shaped like
 // the exporter's output, drawn with cairo and rewritten through QPDF.
-#ifndef POINTERHOLDER_TRANSITION
-#define POINTERHOLDER_TRANSITION 4
-#endif
 
 #include <cairo-pdf.h>
 #include <cairo.h>
