@@ -6,6 +6,7 @@
 #include "app/example_folder.h"
 #include "layout/export_flow.h"
 #include "model/files.h"
+#include "selection/selection.h"
 
 namespace kinfolio {
 
@@ -29,6 +30,8 @@ void AppModel::start() {
     std::error_code ec;
     if (stored.folder && std::filesystem::is_directory(*stored.folder, ec)) {
         state_.folder = stored.folder;
+        // Only the path is remembered; the example's own files tell it apart.
+        state_.isDemo = ExampleFolder::holdsExample(*stored.folder);
         rescan();
     }
     changed();
@@ -141,10 +144,7 @@ void AppModel::setSelected(const Evidence& item, bool on) {
 }
 
 void AppModel::resetManualChoice() {
-    updateSettings([](Settings& s) {
-        s.excludedItems.clear();
-        s.addedItems.clear();
-    });
+    updateSettings(Selection::backToAutomaticChoice);
 }
 
 void AppModel::recompute() {

@@ -15,7 +15,7 @@ AppServices AppServices::standard() {
     s.proposed = Selection::proposed;
     s.selected = Selection::selected;
     s.setSelected = Selection::setSelected;
-    s.make = PDFExporter::make;
+    s.make = [](const ExportInput& input) { return PDFExporter::make(input); };
     s.split = PDFExporter::split;
     return s;
 }

@@ -8,16 +8,17 @@ Instant at(int year, int month, int day, int hour, int minute, int second) {
 }
 
 void addSpreadsheets(Files& out) {
-    // A phone's text-message backup saved as a spreadsheet.
+    // A phone's text-message backup saved as a spreadsheet, with the numeric
+    // day-first dates such backups write; 30/08 tells the order.
     out.emplace_back("Text messages/SMS with Jonas.csv",
                      "date,sender,text\n"
-                     "2024-05-03 17:45:00,Jonas Berg,Running 10 min late - the bus broke down\n"
-                     "2024-05-03 17:46:12,Maya Okafor,No rush! I'll get us a table by the window\n"
-                     "2024-08-30 07:10:30,Maya Okafor,\"Parcel from your mum arrived: 2 jars of "
+                     "03/05/2024 17:45:00,Jonas Berg,Running 10 min late - the bus broke down\n"
+                     "03/05/2024 17:46:12,Maya Okafor,No rush! I'll get us a table by the window\n"
+                     "30/08/2024 07:10:30,Maya Okafor,\"Parcel from your mum arrived: 2 jars of "
                      "jam, \"\"for the English girl\"\"\"\n"
-                     "2025-01-06 12:00:05,Jonas Berg,\"Council tax is set up in both our names.\n"
+                     "06/01/2025 12:00:05,Jonas Berg,\"Council tax is set up in both our names.\n"
                      "Reference is on the fridge.\"\n"
-                     "2025-04-02 18:31:00,Maya Okafor,Home in 5 ❤️\n");
+                     "02/04/2025 18:31:00,Maya Okafor,Home in 5 ❤️\n");
 
     // The Quillory Messages exporter's folder for an iMessage conversation.
     const std::string dir = "Quillory - Jonas Berg/";

@@ -44,7 +44,8 @@ int runExport(Invocation& inv) {
     ScanResult scan = scanFolder(inv, folder);
     std::vector<Evidence> items = Selection::selected(scan, inv.settings);
     if (inv.showProgress) inv.err << "Making the PDF of " << items.size() << " items…\n";
-    Output output = PDFExporter::make(ExportFlow::input(scan, inv.settings, std::move(items)));
+    Output output = PDFExporter::make(ExportFlow::input(scan, inv.settings, std::move(items)),
+                                      progressReport(inv, "Drawing pages"));
     int64_t limit = ExportFlow::byteLimit(inv.settings);
     std::vector<std::string> parts =
         limit >= 1 ? PDFExporter::split(output.data, limit) : std::vector<std::string>{output.data};

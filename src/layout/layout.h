@@ -52,7 +52,7 @@ public:
     // timeline and the appendix.
     Pagination paginate(const std::map<std::string, int>& contentsPages);
     // The PDF as cairo writes it: page frame, pieces, outline and links.
-    std::string render(const std::vector<Page>& pages);
+    std::string render(const std::vector<Page>& pages, const PDFExporter::Progress& progress = {});
 
     struct Section {
         std::string key;

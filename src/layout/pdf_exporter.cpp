@@ -36,7 +36,7 @@ std::string finish(const std::string& raw) {
 
 }  // namespace
 
-Output make(const ExportInput& input) {
+Output make(const ExportInput& input, const Progress& progress) {
     if (input.items.empty()) throw EvidenceError::invalid("Nothing is selected.");
     for (const auto& item : input.items)
         if (!input.files.count(item.fileID))
@@ -46,7 +46,7 @@ Output make(const ExportInput& input) {
     Pagination first = layout.paginate({});
     Pagination second = layout.paginate(first.markers);
     Output output;
-    output.data = finish(layout.render(second.pages));
+    output.data = finish(layout.render(second.pages, progress));
     output.pageCount = static_cast<int>(second.pages.size());
     return output;
 }

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -26,9 +28,13 @@ struct Output {
 
 namespace PDFExporter {
 
+// Called after each page is drawn with the pages drawn so far and the total,
+// so that a long export can show how far it has got.
+using Progress = std::function<void(size_t done, size_t total)>;
+
 // The finished PDF. Throws EvidenceError ("Nothing is selected.", "The source
 // file for an item is missing. Scan the folder again.", "Could not create the PDF.").
-Output make(const ExportInput& input);
+Output make(const ExportInput& input, const Progress& progress = {});
 
 // Parts of at most maxBytes each (a lone page may be larger), in page order.
 // Throws EvidenceError ("Could not reopen the PDF to split it.").

@@ -26,7 +26,7 @@ std::string join(const std::vector<std::string>& parts, const std::string& separ
 
 }  // namespace
 
-std::string Layout::render(const std::vector<Page>& pages) {
+std::string Layout::render(const std::vector<Page>& pages, const PDFExporter::Progress& progress) {
     const double width = contentWidth();
     std::string names = join({s.applicant, s.partner}, " & ");
     std::string title = s.title.empty() ? "Relationship evidence" : s.title;
@@ -85,6 +85,7 @@ std::string Layout::render(const std::vector<Page>& pages) {
         const Line& number = label.front();
         drawLine(cr, number, size.width - margin - number.width, size.height - 50 + number.ascent);
         cairo_show_page(cr);
+        if (progress) progress(static_cast<size_t>(i) + 1, static_cast<size_t>(n));
     }
 
     // Bookmarks: one per section and one for the appendix.

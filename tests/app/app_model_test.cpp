@@ -4,38 +4,31 @@
 
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 
 #include "model/json.h"
 #include "support/fake_services.h"
+#include "support/temp_folder.h"
 
 namespace kinfolio {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::readFile;
 
-std::string readFile(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream s;
-    s << in.rdbuf();
-    return s.str();
-}
-
+// The model's own logic (timing, staleness, storage, export writing) with
+// instant stand-ins for scanning and rendering; the whole flow with the real
+// readers and PDF writer is in app_model_workflow_test.cpp.
 class AppModelTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        root = fs::temp_directory_path() /
-               ("kinfolio_app_" + std::to_string(::getpid()) + "_" +
-                ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        fs::remove_all(root);
-        fs::create_directories(root / "materials");
-        fs::create_directories(root / "out");
-        folder = (root / "materials").string();
+        fs::create_directories(root.path() + "/materials");
+        fs::create_directories(root.path() + "/out");
+        folder = root.path() + "/materials";
         log = std::make_shared<testing::FakeLog>();
     }
-    void TearDown() override { fs::remove_all(root); }
 
-    SettingsStore store() const { return SettingsStore((root / "config/settings.json").string()); }
+    SettingsStore store() const { return SettingsStore(root.path() + "/config/settings.json"); }
+    std::string out(const std::string& name) const { return root.path() + "/out/" + name; }
 
     std::unique_ptr<AppModel> makeModel(size_t messages = 20) {
         return makeModel(testing::fakeServices(log, messages));
@@ -54,7 +47,7 @@ protected:
         return model;
     }
 
-    fs::path root;
+    testing::TempFolder root;
     std::string folder;
     std::shared_ptr<testing::FakeLog> log;
     ManualExecutor executor;
@@ -79,29 +72,17 @@ TEST_F(AppModelTest, FirstStartShowsDefaultsAndWritesNothing) {
     EXPECT_EQ(log->scans, 0);
 }
 
-TEST_F(AppModelTest, ChooseScanEditTickAndExport) {
+TEST_F(AppModelTest, ThePreviewWaitsAQuarterSecondAndABurstOfEditsRendersOnce) {
     auto model = makeModel();
     const AppState& s = model->state();
-
     model->chooseFolder(folder);
     EXPECT_EQ(s.phase, Phase::scanning);
-    EXPECT_EQ(s.folder, folder);
-    EXPECT_EQ(store().load().folder, folder);
     EXPECT_EQ(executor.pendingBackground(), 1u);
-
     executor.drain();
     EXPECT_EQ(s.phase, Phase::ready);
-    ASSERT_TRUE(s.scan);
-    EXPECT_EQ(s.scan->sources.size(), 1u);
-    ASSERT_EQ(s.candidates.size(), 20u);
-    EXPECT_TRUE(
-        std::is_sorted(s.candidates.begin(), s.candidates.end(),
-                       [](const Evidence& a, const Evidence& b) { return a.date < b.date; }));
-    EXPECT_EQ(s.selected.size(), 5u);
     EXPECT_FALSE(s.previewPDF);
     EXPECT_FALSE(s.isRenderingPreview);
 
-    // The preview waits a quarter of a second before it renders.
     executor.advance(0.24);
     EXPECT_FALSE(s.isRenderingPreview);
     executor.advance(0.01);
@@ -109,65 +90,23 @@ TEST_F(AppModelTest, ChooseScanEditTickAndExport) {
     executor.drain();
     EXPECT_FALSE(s.isRenderingPreview);
     ASSERT_TRUE(s.previewPDF);
-    EXPECT_EQ(s.previewPageCount, 5);
-    EXPECT_FALSE(s.previewTruncated);
+    EXPECT_EQ(s.previewPageCount, static_cast<int>(s.selected.size()));
     EXPECT_EQ(log->renders, 1);
 
-    // Ten edits within the wait render once, with the last one.
+    // Ten edits 0.02 s apart: each one restarts the wait, so only the last renders.
     for (int i = 0; i < 10; ++i) {
         model->updateSettings([i](Settings& x) { x.title = "Title " + std::to_string(i); });
         executor.advance(0.02);
         executor.drain();
     }
     EXPECT_EQ(log->renders, 1);
+    EXPECT_EQ(executor.pendingTimers(), 1u);
     executor.settle();
     EXPECT_EQ(log->renders, 2);
     EXPECT_EQ(s.previewPDF->substr(0, 8), "Title 9|");
     EXPECT_EQ(store().load().settings->title, "Title 9");
     EXPECT_EQ(log->scans, 1);
-
-    // Ticking an item that was not proposed adds it; unticking a proposed one excludes it.
-    Evidence extra = s.candidates.front();  // the oldest, beyond the first five
-    Evidence proposed = s.selected.back();
-    ASSERT_EQ(std::count(s.selected.begin(), s.selected.end(), extra), 0);
-    model->setSelected(extra, true);
-    EXPECT_EQ(s.settings.addedItems, std::set<std::string>{extra.id()});
-    EXPECT_EQ(s.selected.size(), 6u);
-    EXPECT_EQ(s.selected.front(), extra);
-    model->setSelected(proposed, false);
-    EXPECT_EQ(s.settings.excludedItems, std::set<std::string>{proposed.id()});
-    EXPECT_EQ(s.selected.size(), 5u);
-    EXPECT_EQ(store().load().settings->excludedItems, std::set<std::string>{proposed.id()});
-    // Unticking the added one removes it from addedItems rather than excluding it.
-    model->setSelected(extra, false);
-    EXPECT_TRUE(s.settings.addedItems.empty());
-    EXPECT_EQ(s.settings.excludedItems.size(), 1u);
-    model->setSelected(extra, true);
-    model->resetManualChoice();
-    EXPECT_TRUE(s.settings.addedItems.empty());
-    EXPECT_TRUE(s.settings.excludedItems.empty());
-    EXPECT_EQ(s.selected.size(), 5u);
-    executor.settle();
-    EXPECT_EQ(log->renders, 3);
-
-    model->updateSettings([](Settings& x) {
-        x.title = "Evidence";
-        x.applicant = "Sam Lee";
-    });
-    EXPECT_EQ(model->proposedFileName(), "Evidence - Sam Lee.pdf");
-    std::string target = (root / "out" / model->proposedFileName()).string();
-    model->exportPDF(target);
-    EXPECT_TRUE(s.isExporting);
-    executor.drain();
-    EXPECT_FALSE(s.isExporting);
-    EXPECT_FALSE(s.errorMessage);
-    EXPECT_EQ(s.exportedFiles, std::vector<std::string>{target});
-    EXPECT_TRUE(s.exportNotes.empty());
-    std::string written = readFile(target);
-    EXPECT_EQ(written.substr(0, 9), "Evidence|");
-    for (const auto& item : s.selected)
-        EXPECT_NE(written.find(item.id() + ";"), std::string::npos);
-    EXPECT_GT(notifications, 20);
+    EXPECT_GT(notifications, 10);
 }
 
 TEST_F(AppModelTest, PreviewShowsTheFirst250OfMoreWhileTheExportHoldsAll) {
@@ -184,7 +123,7 @@ TEST_F(AppModelTest, PreviewShowsTheFirst250OfMoreWhileTheExportHoldsAll) {
     EXPECT_NE(s.previewPDF->find(s.selected[249].id() + ";"), std::string::npos);
     EXPECT_EQ(s.previewPDF->find(s.selected[250].id() + ";"), std::string::npos);
 
-    std::string target = (root / "out/all.pdf").string();
+    std::string target = out("all.pdf");
     model->exportPDF(target);
     executor.drain();
     EXPECT_EQ(log->renderedItemCounts.back(), 300u);
@@ -219,10 +158,10 @@ TEST_F(AppModelTest, NothingSelectedClearsThePreviewAndRefusesExport) {
     EXPECT_FALSE(s.previewPDF);
     EXPECT_EQ(s.previewPageCount, 0);
     EXPECT_EQ(executor.pendingTimers(), 0u);
-    model->exportPDF((root / "out/x.pdf").string());
+    model->exportPDF(out("x.pdf"));
     EXPECT_EQ(s.errorMessage, "Nothing is selected.");
     EXPECT_FALSE(s.isExporting);
-    EXPECT_FALSE(fs::exists(root / "out/x.pdf"));
+    EXPECT_FALSE(fs::exists(out("x.pdf")));
     model->dismissError();
     EXPECT_FALSE(s.errorMessage);
 }
@@ -249,15 +188,14 @@ TEST_F(AppModelTest, ASplitExportWritesNumberedPartsWithTheirNote) {
         x.title = "Evidence";
         x.maxFileMB = 10;
     });
-    model->exportPDF((root / "out/Evidence.pdf").string());
+    model->exportPDF(out("Evidence.pdf"));
     executor.drain();
     ASSERT_FALSE(s.errorMessage);
     std::vector<std::string> expected;
     for (int i = 1; i <= 3; ++i)
-        expected.push_back(
-            (root / "out" / ("Evidence - Part " + std::to_string(i) + " of 3.pdf")).string());
+        expected.push_back(out("Evidence - Part " + std::to_string(i) + " of 3.pdf"));
     EXPECT_EQ(s.exportedFiles, expected);
-    EXPECT_FALSE(fs::exists(root / "out/Evidence.pdf"));
+    EXPECT_FALSE(fs::exists(out("Evidence.pdf")));
     std::string whole = "Evidence|";
     for (const auto& item : s.selected)
         whole += item.id() + ";";
@@ -277,21 +215,21 @@ TEST_F(AppModelTest, APageOverTheLimitIsKeptAndWarnedAbout) {
     };
     auto model = readyModel(services);
     model->updateSettings([](Settings& x) { x.maxFileMB = 1; });
-    model->exportPDF((root / "out/Big.pdf").string());
+    model->exportPDF(out("Big.pdf"));
     executor.drain();
     EXPECT_EQ(seenLimit, 1000000);
     ASSERT_EQ(model->state().exportNotes.size(), 2u);
     EXPECT_EQ(model->state().exportNotes[1],
               "One page is larger than 1 MB on its own, so its file is over the limit. Use fewer "
               "or smaller photos on that page.");
-    EXPECT_EQ(fs::file_size(root / "out/Big - Part 2 of 2.pdf"), 1000001u);
+    EXPECT_EQ(fs::file_size(out("Big - Part 2 of 2.pdf")), 1000001u);
 }
 
 TEST_F(AppModelTest, ExportFailuresBecomeTheErrorMessage) {
     AppServices services = testing::fakeServices(log);
     auto model = readyModel(services);
     const AppState& s = model->state();
-    model->exportPDF((root / "no such folder/x.pdf").string());
+    model->exportPDF(root.path() + "/no such folder/x.pdf");
     executor.drain();
     ASSERT_TRUE(s.errorMessage);
     EXPECT_EQ(s.errorMessage->back(), '.');
@@ -303,15 +241,15 @@ TEST_F(AppModelTest, ExportFailuresBecomeTheErrorMessage) {
             "The source file for an item is missing. Scan the folder again.");
     };
     auto failing = readyModel(services);
-    failing->exportPDF((root / "out/y.pdf").string());
+    failing->exportPDF(out("y.pdf"));
     executor.drain();
     EXPECT_EQ(failing->state().errorMessage,
               "The source file for an item is missing. Scan the folder again.");
-    EXPECT_FALSE(fs::exists(root / "out/y.pdf"));
+    EXPECT_FALSE(fs::exists(out("y.pdf")));
 
     services.make = [](const ExportInput&) -> Output { throw std::bad_alloc(); };
     auto crashing = readyModel(services);
-    crashing->exportPDF((root / "out/z.pdf").string());
+    crashing->exportPDF(out("z.pdf"));
     executor.drain();
     EXPECT_EQ(crashing->state().errorMessage, "Could not create the PDF.");
 }
@@ -372,7 +310,7 @@ TEST_F(AppModelTest, StoredSettingsMissingAKeyGiveTheDefaults) {
     Json json = Json::object();
     json["settings"] = encode(stored);
     json["settings"].erase("partner");
-    fs::create_directories(root / "config");
+    fs::create_directories(root.path() + "/config");
     std::ofstream(store().path()) << json.dump();
 
     auto model = makeModel();
@@ -411,32 +349,15 @@ TEST_F(AppModelTest, ClosingTheFolderDropsEverythingPending) {
 }
 
 TEST_F(AppModelTest, OnlyTheLatestOfTwoScansIsKept) {
-    fs::create_directories(root / "other");
+    std::string other = root.path() + "/other";
+    fs::create_directories(other);
     auto model = makeModel();
     model->chooseFolder(folder);
-    model->chooseFolder((root / "other").string(), true);
+    model->chooseFolder(other, true);
     executor.settle();
     EXPECT_EQ(log->scans, 2);
-    EXPECT_EQ(model->state().scan->folder, (root / "other").string());
+    EXPECT_EQ(model->state().scan->folder, other);
     EXPECT_TRUE(model->state().isDemo);
-}
-
-TEST_F(AppModelTest, TheExampleIsWrittenOnceAndOpenedAsADemo) {
-    auto model = makeModel();
-    std::string example = (root / "example").string();
-    model->openExample(example);
-    EXPECT_TRUE(model->state().isDemo);
-    EXPECT_EQ(model->state().folder, example);
-    EXPECT_TRUE(fs::exists(root / "example/Emails/Letters.mbox"));
-    executor.settle();
-    EXPECT_EQ(model->state().phase, Phase::ready);
-    // Opening it again reuses what is there.
-    model->openExample(example);
-    EXPECT_FALSE(model->state().errorMessage);
-    // A folder holding something else is not touched.
-    model->openExample(folder + "/../config");
-    EXPECT_TRUE(model->state().errorMessage);
-    EXPECT_EQ(model->state().folder, example);
 }
 
 TEST_F(AppModelTest, ScreenshotReadingReportsProgressAndRendersAgain) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <set>
 #include <sstream>
 
 #include "importers/csv.h"
@@ -14,6 +15,8 @@
 #include "importers/whatsapp.h"
 #include "model/json.h"
 #include "model/text.h"
+#include "scan/scanner.h"
+#include "support/temp_folder.h"
 #include "support/zip_entries.h"
 
 namespace kinfolio {
@@ -192,6 +195,50 @@ TEST_F(ExampleFolderTest, TheChatsSpanAboutFourteenMonths) {
         testing::zipEntries(file("WhatsApp Chat - Jonas Berg.zip"))["_chat.txt"], true);
     EXPECT_EQ(Importer::monthKey(messages.front().date), "2024-03");
     EXPECT_EQ(Importer::monthKey(messages.back().date), "2025-04");
+}
+
+// What a user sees after choosing the example folder: every export read, one
+// source each, nothing skipped and no note asking them to check dates.
+TEST(ExampleFolderScan, EveryExportIsReadWithoutASkippedFileOrANote) {
+    testing::ScopedCacheHome cache;
+    testing::TempFolder temp;
+    std::string folder = temp.path() + "/example";
+    ExampleFolder::write(folder);
+    ScanResult scan = Scanner::scan(folder, DateOrder::automatic, "Europe/London");
+    for (const auto& skipped : scan.skipped)
+        ADD_FAILURE() << skipped.path << ": " << skipped.reason;
+    std::vector<std::pair<SourceKind, std::string>> sources;
+    std::set<std::string> used;
+    for (const auto& source : scan.sources) {
+        sources.emplace_back(source.kind, source.name);
+        EXPECT_FALSE(source.items.empty()) << source.name;
+        for (const auto& file : source.files)
+            used.insert(file.path);
+        // Meta exports always say which zone their UTC times were moved into.
+        std::vector<std::string> expected;
+        if (source.kind == SourceKind::messenger || source.kind == SourceKind::instagram)
+            expected = {
+                "Times converted from UTC to Europe/London. Change Time zone if that is "
+                "wrong."};
+        EXPECT_EQ(source.notes, expected) << source.name;
+    }
+    EXPECT_EQ(sources, (std::vector<std::pair<SourceKind, std::string>>{
+                           {SourceKind::whatsapp, "Grace Okafor"},
+                           {SourceKind::line, "Jonas Berg"},
+                           {SourceKind::messenger, "Jonas Berg"},
+                           {SourceKind::instagram, "Jonas Berg"},
+                           {SourceKind::whatsapp, "Jonas Berg"},
+                           {SourceKind::telegram, "Maya Okafor"},
+                           {SourceKind::quillory, "Maya Okafor & Jonas Berg"},
+                           {SourceKind::chatCSV, "SMS with Jonas"},
+                           {SourceKind::emails, "Emails"},
+                       }));
+    // Every file is a source's file, the chats' photos too; a Quillory
+    // folder's verification report is read with its messages.
+    for (const auto& [path, bytes] : ExampleFolder::files())
+        if (path != "Quillory - Jonas Berg/verification.txt") {
+            EXPECT_TRUE(used.contains(path)) << path;
+        }
 }
 
 }  // namespace

@@ -38,9 +38,9 @@ protected:
         ::unsetenv("XDG_CACHE_HOME");
     }
 
-    Outcome run(std::vector<std::string> args) {
+    Outcome run(std::vector<std::string> args, bool showProgress = false) {
         std::ostringstream out, err;
-        int status = cli::run(args, out, err);
+        int status = cli::run(args, out, err, showProgress);
         return {status, out.str(), err.str()};
     }
 
@@ -60,6 +60,22 @@ TEST_F(ExportCommand, WritesTheProposedFileIntoTheGivenFolder) {
     // The appendix lists the chat file's fingerprint.
     std::string sha = Scanner::sha256Hex(readFile(materials.path() + "/Sam/_chat.txt"));
     EXPECT_NE(pdf.allFlat().find(sha), std::string::npos);
+}
+
+TEST_F(ExportCommand, ReportsFilesAndPagesOnlyToATerminal) {
+    std::string shown = output.path() + "/shown.pdf", quiet = output.path() + "/quiet.pdf";
+    Outcome r = run({"export", materials.path(), "-o", shown, "--set", "messagesPerMonth=0"},
+                    /*showProgress=*/true);
+    ASSERT_EQ(r.status, 0) << r.err;
+    std::string pages = std::to_string(testing::readPDF(readFile(shown)).pages.size());
+    EXPECT_NE(r.err.find("Reading files: 1 of 1\n"), std::string::npos) << r.err;
+    EXPECT_NE(r.err.find("Drawing pages: " + pages + " of " + pages + "\n"), std::string::npos)
+        << r.err;
+
+    Outcome q = run({"export", materials.path(), "-o", quiet, "--set", "messagesPerMonth=0"});
+    ASSERT_EQ(q.status, 0) << q.err;
+    EXPECT_EQ(q.err, "");
+    EXPECT_EQ(readFile(quiet), readFile(shown));
 }
 
 TEST_F(ExportCommand, HiddenWordsNeverReachThePdf) {

@@ -181,8 +181,15 @@ TEST_F(MadePDF, DocumentInformationHoldsOnlyTheCreator) {
     EXPECT_TRUE(q.getTrailer().getKey("/ID").isArray());
 }
 
-TEST_F(MadePDF, SameInputGivesTheSameBytes) {
-    EXPECT_EQ(PDFExporter::make(chatInput()).data, output->data);
+TEST_F(MadePDF, SameInputGivesTheSameBytesWithOrWithoutProgress) {
+    std::vector<std::pair<size_t, size_t>> reports;
+    Output again = PDFExporter::make(
+        chatInput(), [&reports](size_t done, size_t total) { reports.emplace_back(done, total); });
+    EXPECT_EQ(again.data, output->data);
+    // One report per drawn page, counting up to the page count.
+    ASSERT_EQ(reports.size(), static_cast<size_t>(output->pageCount));
+    for (size_t i = 0; i < reports.size(); ++i)
+        EXPECT_EQ(reports[i], std::make_pair(i + 1, reports.size()));
 }
 
 TEST_F(MadePDF, OutlineAndContentsLinksLeadToTheSections) {

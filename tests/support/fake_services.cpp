@@ -1,32 +1,9 @@
 #include "support/fake_services.h"
 
-#include <algorithm>
-
 namespace kinfolio::testing {
 
-namespace {
-
-std::vector<Evidence> candidatesOf(const ScanResult& scan, const Settings& settings) {
-    std::vector<Evidence> out;
-    for (const auto& source : scan.sources)
-        if (!settings.excludedSources.contains(source.id))
-            out.insert(out.end(), source.items.begin(), source.items.end());
-    return out;
-}
-
-AppServices::IdSet proposalOf(const ScanResult& scan, const Settings& settings) {
-    AppServices::IdSet ids;
-    int taken = 0;
-    for (const auto& item : candidatesOf(scan, settings))
-        if (settings.messagesPerMonth == 0 || taken++ < settings.messagesPerMonth)
-            ids.insert(item.id());
-    return ids;
-}
-
-}  // namespace
-
 AppServices fakeServices(std::shared_ptr<FakeLog> log, size_t messages) {
-    AppServices s;
+    AppServices s = AppServices::standard();
     s.scan = [log, messages](const std::string& folder, DateOrder order, const std::string& zone,
                              const AppServices::Progress&) {
         ++log->scans;
@@ -43,7 +20,7 @@ AppServices fakeServices(std::shared_ptr<FakeLog> log, size_t messages) {
             Evidence e;
             e.fileID = "f1";
             e.position = static_cast<int64_t>(i);
-            e.date = 86400.0 * static_cast<double>(messages - i);  // newest first
+            e.date = 86400.0 * static_cast<double>(messages - i);
             e.sender = i % 2 ? "Sam" : "Alex";
             e.text = "message " + std::to_string(i);
             chat.items.push_back(e);
@@ -51,34 +28,7 @@ AppServices fakeServices(std::shared_ptr<FakeLog> log, size_t messages) {
         scan.sources.push_back(chat);
         return scan;
     };
-    s.candidates = candidatesOf;
-    s.proposed = proposalOf;
-    s.selected = [](const ScanResult& scan, const Settings& settings) {
-        AppServices::IdSet proposal = proposalOf(scan, settings);
-        std::vector<Evidence> out;
-        for (const auto& item : candidatesOf(scan, settings))
-            if ((proposal.contains(item.id()) || settings.addedItems.contains(item.id())) &&
-                !settings.excludedItems.contains(item.id()))
-                out.push_back(item);
-        sortByDateFileAndPosition(out);
-        return out;
-    };
-    s.setSelected = [](Settings& settings, const AppServices::IdSet& proposal,
-                       const std::string& id, bool on) {
-        if (on) {
-            settings.excludedItems.erase(id);
-            if (!proposal.contains(id)) settings.addedItems.insert(id);
-        } else {
-            settings.addedItems.erase(id);
-            if (proposal.contains(id)) settings.excludedItems.insert(id);
-        }
-    };
     s.make = [log](const ExportInput& input) {
-        if (input.items.empty()) throw EvidenceError::invalid("Nothing is selected.");
-        for (const auto& item : input.items)
-            if (!input.files.contains(item.fileID))
-                throw EvidenceError::invalid(
-                    "The source file for an item is missing. Scan the folder again.");
         ++log->renders;
         log->renderedItemCounts.push_back(input.items.size());
         Output out;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <atomic>
 #include <memory>
 #include <string>
 #include <vector>
@@ -18,11 +17,11 @@ struct FakeLog {
     std::vector<DateOrder> scannedOrders;
 };
 
-// Stand-ins for the scanner, the selection and the PDF writer: a folder
-// scans as one chat of `messages` items, one a day; the proposal is the
-// first messagesPerMonth items (0 = all); a render is one page per item and
-// its bytes are the title and the item ids; splitting cuts the bytes into equal chunks.
-// The export names follow the product's rules.
+// The real selection with instant stand-ins for the slow work, for tests of
+// the model's timing: a folder scans as one chat of `messages` items, one a
+// day, newest first in the file; a render is one page per item and its
+// bytes are the title and the item ids; splitting cuts the bytes into equal
+// chunks.
 AppServices fakeServices(std::shared_ptr<FakeLog> log, size_t messages = 20);
 
 }  // namespace kinfolio::testing
