@@ -24,7 +24,7 @@ Json toJson(const Evidence& item) {
     j["dateIsEstimated"] = item.dateIsEstimated;
     j["sender"] = item.sender;
     j["text"] = item.text;
-    j["fileID"] = item.fileID;
+    j["fileID"] = item.fileID.str();
     j["position"] = item.position;
     j["imageURL"] = optional(item.imageURL);
     j["attachmentName"] = optional(item.attachmentName);

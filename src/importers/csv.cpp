@@ -124,6 +124,7 @@ ImportResult csv(std::string_view text, const std::string& fileID, DateOrder ord
                                    ? csvRows(text)
                                    : csvRows(removeAll(text, "\uFEFF"));
     if (rows.empty()) throw EvidenceError::invalid("CSV is empty.");
+    const SharedText sharedID(fileID);
     CsvRow header = normalised(rows.front());
     bool quillory = isQuillory(header);
     auto dateCol = column(header, quillory ? "date_local" : "date");
@@ -153,7 +154,7 @@ ImportResult csv(std::string_view text, const std::string& fileID, DateOrder ord
         e.date = *date;
         e.sender = std::move(row[*senderCol]);
         e.text = std::move(row[*textCol]);
-        e.fileID = fileID;
+        e.fileID = sharedID;
         e.position = static_cast<int64_t>(n);
         // One picture per message: further names are dropped on purpose.
         if (attachmentsCol && !row[*attachmentsCol].empty()) {

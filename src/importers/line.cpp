@@ -83,6 +83,7 @@ LineChat line(std::string_view text, const std::string& fileID) {
     static const Regex lineMessage("^(\\d{1,2}:\\d{2})(?:\\s?([AaPp][Mm]))?\\t([^\\t]*)\\t?(.*)$");
     std::vector<std::string> lines = splitLines(text);
     LineChat chat;
+    const SharedText sharedID(fileID);
     size_t first = 0;
     if (!lines.empty() && startsWith(lines[0], "[LINE]")) {
         chat.title = removeAll(removeAll(lines[0], "[LINE] Chat history with "), "[LINE] ");
@@ -118,7 +119,7 @@ LineChat line(std::string_view text, const std::string& fileID) {
                 e.date = *day + t.hour * 3600 + t.minute * 60;
                 e.sender = *groupText(*m, 3);
                 e.text = *groupText(*m, 4);
-                e.fileID = fileID;
+                e.fileID = sharedID;
                 e.position = n;
                 if (isCallNotice(e.text)) {
                     e.kind = ItemKind::call;

@@ -18,7 +18,7 @@ std::string repaired(JsonObject object, std::string_view key) {
     return fixMeta(stringMember(object, key).value_or(""));
 }
 
-Evidence item(JsonObject m, Instant when, const std::string& fileID, int64_t position) {
+Evidence item(JsonObject m, Instant when, const SharedText& fileID, int64_t position) {
     Evidence e;
     e.date = when;
     e.fileID = fileID;
@@ -88,6 +88,7 @@ MetaChat meta(JsonValue root, const std::string& fileID, const icu::TimeZone& zo
     if (!messages) throw EvidenceError::invalid("Not a Messenger or Instagram message file.");
 
     MetaChat chat;
+    const SharedText sharedID(fileID);
     if (auto participants = arrayMember(top, "participants"))
         for (JsonValue p : *participants) {
             JsonObject person;
@@ -104,7 +105,7 @@ MetaChat meta(JsonValue root, const std::string& fileID, const icu::TimeZone& zo
         if (element.get_object().get(m)) continue;
         auto milliseconds = numberMember(m, "timestamp_ms");
         if (!milliseconds) continue;
-        chat.items.push_back(item(m, wallClock(*milliseconds, zone), fileID, position));
+        chat.items.push_back(item(m, wallClock(*milliseconds, zone), sharedID, position));
     }
 
     if (auto title = stringMember(top, "title")) {

@@ -34,7 +34,7 @@ std::optional<Instant> messageDate(std::string_view s) {
     return date(s, DateOrder::dayFirst);
 }
 
-Evidence item(ItemKind kind, Instant when, const std::string& fileID, int64_t position) {
+Evidence item(ItemKind kind, Instant when, const SharedText& fileID, int64_t position) {
     Evidence e;
     e.kind = kind;
     e.date = when;
@@ -43,7 +43,7 @@ Evidence item(ItemKind kind, Instant when, const std::string& fileID, int64_t po
     return e;
 }
 
-Evidence message(JsonObject m, Instant when, const std::string& fileID, int64_t position) {
+Evidence message(JsonObject m, Instant when, const SharedText& fileID, int64_t position) {
     Evidence e = item(ItemKind::message, when, fileID, position);
     e.sender = stringMember(m, "from").value_or("");
     e.text = telegramText(member(m, "text"));
@@ -59,7 +59,7 @@ Evidence message(JsonObject m, Instant when, const std::string& fileID, int64_t 
     return e;
 }
 
-Evidence call(JsonObject m, Instant when, const std::string& fileID, int64_t position) {
+Evidence call(JsonObject m, Instant when, const SharedText& fileID, int64_t position) {
     Evidence e = item(ItemKind::call, when, fileID, position);
     e.sender = stringMember(m, "actor").value_or("");
     e.duration = numberMember(m, "duration_seconds");
@@ -67,7 +67,7 @@ Evidence call(JsonObject m, Instant when, const std::string& fileID, int64_t pos
     return e;
 }
 
-std::vector<Evidence> chatItems(JsonObject chat, const std::string& fileID) {
+std::vector<Evidence> chatItems(JsonObject chat, const SharedText& fileID) {
     std::vector<Evidence> items;
     auto messages = arrayMember(chat, "messages");
     if (!messages) return items;
@@ -150,8 +150,9 @@ std::vector<TelegramChat> telegram(JsonValue root, const std::string& fileID) {
     }
 
     std::vector<TelegramChat> result;
+    const SharedText sharedID(fileID);
     for (const auto& [chat, place] : listed) {
-        auto items = chatItems(chat, fileID);
+        auto items = chatItems(chat, sharedID);
         if (items.empty()) continue;
         std::string name(stringMember(chat, "name").value_or("Telegram chat"));
         result.push_back(TelegramChat{std::move(name), std::move(items), place});

@@ -33,7 +33,12 @@ bool startsLikeDate(std::string_view line) {
 
 std::string normaliseTimestamp(std::string_view stamp) {
     std::string out;
-    out.reserve(stamp.size());
+    normaliseTimestamp(stamp, out);
+    return out;
+}
+
+void normaliseTimestamp(std::string_view stamp, std::string& out) {
+    out.clear();
     for (size_t i = 0; i < stamp.size(); ++i) {
         char c = stamp[i];
         if (c == ',') continue;
@@ -46,7 +51,6 @@ std::string normaliseTimestamp(std::string_view stamp) {
         }
         out += c;
     }
-    return out;
 }
 
 bool looksLikeWhatsApp(std::string_view text) {
@@ -87,18 +91,22 @@ std::string withoutInvisibleMarks(std::string_view line) {
     return removeAll(removeAll(line, "\u200E"), "\uFEFF");
 }
 
-// The timestamp and the rest of a message line, or none. The fast matcher
-// answers almost every line; the expression decides the odd ones.
-std::optional<std::pair<std::string, std::string_view>> messageLine(std::string_view line,
-                                                                    std::string& rest) {
+// The rest of a message line after its timestamp, which goes to `stamp`, or
+// none. The fast matcher answers almost every line; the expression decides
+// the odd ones.
+std::optional<std::string_view> messageLine(std::string_view line, std::string& stamp,
+                                            std::string& rest) {
     auto fast = fast::matchLine(line);
     if (fast.verdict == fast::Verdict::no) return std::nullopt;
-    if (fast.verdict == fast::Verdict::yes)
-        return std::pair{normaliseTimestamp(fast.timestamp), fast.rest};
+    if (fast.verdict == fast::Verdict::yes) {
+        normaliseTimestamp(fast.timestamp, stamp);
+        return fast.rest;
+    }
     auto slow = splitWhatsAppLine(line);
     if (!slow) return std::nullopt;
     rest = std::move(slow->rest);
-    return std::pair{normaliseTimestamp(slow->timestamp), std::string_view(rest)};
+    normaliseTimestamp(slow->timestamp, stamp);
+    return std::string_view(rest);
 }
 
 bool dateLike(std::string_view line) {
@@ -112,15 +120,23 @@ std::optional<Instant> messageDate(const std::string& stamp, DateOrder order) {
     return date(stamp, order);
 }
 
-ImportResult parseLines(std::string_view text, const std::string& fileID, DateOrder order) {
+ImportResult parseLines(std::string_view text, const std::string& fileID, DateOrder order,
+                        MappedFile* mapped) {
     ImportResult result;
     // One message a line is the usual shape; reserving saves regrowing a
     // vector of a million items.
     result.items.reserve(static_cast<size_t>(std::count(text.begin(), text.end(), '\n')) + 1);
-    std::string cleaned, slowRest;
-    size_t start = 0;
+    const SharedText sharedID(fileID);
+    std::string cleaned, stamp, slowRest;
+    size_t start = 0, released = 0;
     int64_t n = 0;
     while (start <= text.size()) {
+        // A chat of a hundred megabytes and its million items would
+        // otherwise be resident together.
+        if (mapped && start - released >= (1 << 20)) {
+            mapped->releaseBefore(text.data() + start);
+            released = start;
+        }
         size_t end = text.find('\n', start);
         bool last = end == std::string_view::npos;
         if (last) end = text.size();
@@ -132,22 +148,21 @@ ImportResult parseLines(std::string_view text, const std::string& fileID, DateOr
             cleaned = withoutInvisibleMarks(line);
             line = cleaned;
         }
-        if (auto m = messageLine(line, slowRest)) {
-            auto when = messageDate(m->first, order);
+        if (auto rest = messageLine(line, stamp, slowRest)) {
+            auto when = messageDate(stamp, order);
             if (!when)
                 throw EvidenceError::invalid("Could not read the date on line " +
                                              std::to_string(n) + ".");
             Evidence e;
             e.date = *when;
-            std::string_view rest = m->second;
-            size_t colon = rest.find(": ");
+            size_t colon = rest->find(": ");
             if (colon == std::string_view::npos) {
-                e.text = rest;
+                e.text = *rest;
             } else {
-                e.sender = rest.substr(0, colon);
-                e.text = rest.substr(colon + 2);
+                e.sender = rest->substr(0, colon);
+                e.text = rest->substr(colon + 2);
             }
-            e.fileID = fileID;
+            e.fileID = sharedID;
             e.position = n;
             result.items.push_back(std::move(e));
         } else if (dateLike(line)) {
@@ -168,7 +183,8 @@ ImportResult parseLines(std::string_view text, const std::string& fileID, DateOr
 
 }  // namespace
 
-ImportResult whatsapp(std::string_view text, const std::string& fileID, DateOrder order) {
+ImportResult whatsapp(std::string_view text, const std::string& fileID, DateOrder order,
+                      MappedFile* mapped) {
     std::string owned;
     if (!isValidUtf8(text)) {
         owned = repairUtf8(text);
@@ -178,7 +194,7 @@ ImportResult whatsapp(std::string_view text, const std::string& fileID, DateOrde
         owned = replaceAll(replaceAll(text, "\r\n", "\n"), "\r", "\n");
         text = owned;
     }
-    return parseLines(text, fileID, order);
+    return parseLines(text, fileID, order, mapped);
 }
 
 }  // namespace kinfolio::Importer

@@ -27,5 +27,7 @@ bool startsLikeDate(std::string_view line);
 // The timestamp as Importer::date reads it: commas dropped, "a.m." and
 // "p.m." (any case) written as "AM" and "PM".
 std::string normaliseTimestamp(std::string_view stamp);
+// The same into `out`, whose buffer a loop over a million lines reuses.
+void normaliseTimestamp(std::string_view stamp, std::string& out);
 
 }  // namespace kinfolio::Importer

@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "model/shared_text.h"
+
 namespace kinfolio {
 
 // A point in time: seconds since 2001-01-01 00:00:00 UTC. Written times are
@@ -24,7 +26,7 @@ inline double unixFromInstant(Instant t) {
     return t + kReferenceEpochOffset;
 }
 
-enum class ItemKind { message, call, photo, screenshot, video, document, email };
+enum class ItemKind : uint8_t { message, call, photo, screenshot, video, document, email };
 
 std::string_view rawValue(ItemKind kind);
 std::optional<ItemKind> itemKindFromRaw(std::string_view raw);
@@ -39,12 +41,13 @@ struct TextBox {
 
 // One dated item of the document.
 struct Evidence {
+    // Kept small and without padding: a large chat holds a million of these.
     ItemKind kind = ItemKind::message;
-    Instant date = 0;
     bool dateIsEstimated = false;
+    Instant date = 0;
     std::string sender;
     std::string text;
-    std::string fileID;
+    SharedText fileID;  // shared by the items of one file
     int64_t position = 0;
     std::optional<std::string> imageURL;  // absolute file path
     std::optional<std::string> attachmentName;

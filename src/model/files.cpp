@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -70,6 +71,14 @@ MappedFile& MappedFile::operator=(MappedFile&& other) noexcept {
     other.size_ = 0;
     other.mapped_ = false;
     return *this;
+}
+
+void MappedFile::releaseBefore(const char* end) {
+    auto at = reinterpret_cast<uintptr_t>(end), start = reinterpret_cast<uintptr_t>(data_);
+    if (!mapped_ || at <= start || at > start + size_) return;
+    static const size_t page = static_cast<size_t>(::sysconf(_SC_PAGESIZE));
+    size_t length = (at - start) / page * page;
+    if (length > 0) ::madvise(const_cast<char*>(data_), length, MADV_DONTNEED);
 }
 
 size_t MappedFile::readableSlack() const {

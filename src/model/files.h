@@ -26,6 +26,12 @@ public:
     // of a mapping, none for a file read into memory. Parsers that read ahead
     // in wide blocks use it to work on the mapping without a copy.
     size_t readableSlack() const;
+    // Lets the system drop the resident pages before `end`, a pointer into
+    // bytes(); they are read from the file again if touched. A reader of a
+    // large file calls it as it goes, so the file and what was read from it
+    // are not in memory together. Does nothing for a file read into memory
+    // or a pointer elsewhere.
+    void releaseBefore(const char* end);
 
 private:
     MappedFile() = default;

@@ -40,13 +40,15 @@ bool isOwnRegularFile(const std::string& path) {
 
 std::optional<std::string> attachmentName(const std::string& text) {
     // Both expressions need their literal words; most messages have neither.
+    // The searches start at a rare character: one starting at a space would
+    // stop at every word.
     if (text.find("<attached: ") != std::string::npos) {
         static const Regex iphone("<attached: ([^>]+)>");
         icu::UnicodeString u = toUnicode(text);
         auto m = iphone.matcher(u);
         if (m->find()) return groupText(*m, 1);
     }
-    if (text.find(" (file attached)") != std::string::npos) {
+    if (text.find("(file attached)") != std::string::npos) {
         static const Regex android("^(\\S.*\\.\\w{2,4}) \\(file attached\\)");
         icu::UnicodeString u = toUnicode(text);
         auto m = android.matcher(u);
@@ -62,14 +64,15 @@ std::string withoutTitlePrefix(const std::string& name) {
 }
 
 ChatOutcome whatsappSource(std::string_view text, const FileRecord& file, const std::string& name,
-                           DateOrder order, const std::string& mediaDir, ScanContext& ctx) {
+                           DateOrder order, const std::string& mediaDir, ScanContext& ctx,
+                           MappedFile* mapped) {
     ChatDateOrder dates = chatDateOrder(text, order);
     order = dates.order;
     std::vector<std::string> notes;
     if (dates.note) notes.push_back(*dates.note);
     Importer::ImportResult chat;
     try {
-        chat = Importer::whatsapp(text, file.sha256, order);
+        chat = Importer::whatsapp(text, file.sha256, order, mapped);
     } catch (const EvidenceError& e) {
         return SkippedFile{file.path, std::string("Looks like a WhatsApp chat, but: ") + e.what()};
     }
@@ -138,7 +141,7 @@ std::optional<std::string> extractWhatsAppZip(const std::string& zipPath, const 
 void readWhatsAppText(ScanContext& ctx, Record& chat, std::string_view text,
                       const std::string& name) {
     std::string mediaDir = fs::path(chat.path).parent_path().string();
-    auto outcome = whatsappSource(text, chat.file, name, ctx.order, mediaDir, ctx);
+    auto outcome = whatsappSource(text, chat.file, name, ctx.order, mediaDir, ctx, &chat.data);
     if (auto* skipped = std::get_if<SkippedFile>(&outcome))
         ctx.skipped.push_back(std::move(*skipped));
     else
@@ -164,7 +167,7 @@ void readZip(ScanContext& ctx, Record& zipRecord) {
         if (!text) return ctx.skip(zipRecord.path, kNoChat);
         std::string mediaDir = fs::path(*chatPath).parent_path().string();
         auto outcome =
-            whatsappSource(text->bytes(), zipRecord.file, name, ctx.order, mediaDir, ctx);
+            whatsappSource(text->bytes(), zipRecord.file, name, ctx.order, mediaDir, ctx, &*text);
         if (auto* skipped = std::get_if<SkippedFile>(&outcome))
             ctx.skipped.push_back(std::move(*skipped));
         else

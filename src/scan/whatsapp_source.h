@@ -19,8 +19,10 @@ using ChatOutcome = std::variant<Source, SkippedFile>;
 // Reads the chat, links its attachments (looked up in mediaDir; claimed in
 // ctx.consumed, images recorded) and names it after `name` without the
 // "WhatsApp Chat with " style prefix.
+// `mapped`, when given, holds `text` and may release its pages while reading.
 ChatOutcome whatsappSource(std::string_view text, const FileRecord& file, const std::string& name,
-                           DateOrder order, const std::string& mediaDir, ScanContext& ctx);
+                           DateOrder order, const std::string& mediaDir, ScanContext& ctx,
+                           MappedFile* mapped = nullptr);
 
 // The attachment file name a message names, iPhone or Android style.
 std::optional<std::string> attachmentName(const std::string& text);

@@ -29,9 +29,9 @@ public:
     bool contains(const Evidence& item) {
         if (byFile_.empty()) return false;
         if (!hasLast_ || item.fileID != lastFileID_) {
-            auto found = byFile_.find(item.fileID);
+            auto found = byFile_.find(item.fileID.str());
             lastPositions_ = found == byFile_.end() ? nullptr : &found->second;
-            lastFileID_ = item.fileID;
+            lastFileID_ = item.fileID.str();
             hasLast_ = true;
         }
         return lastPositions_ && lastPositions_->contains(item.position);
@@ -153,7 +153,7 @@ IdSet proposed(const ScanResult& scan, const Settings& settings) {
 std::vector<Evidence> selected(const ScanResult& scan, const Settings& settings) {
     IdIndex proposal;
     for (const Evidence* item : proposedItems(scan, settings))
-        proposal.insert(item->fileID, item->position);
+        proposal.insert(item->fileID.str(), item->position);
     IdIndex added = indexOf(settings.addedItems);
     IdIndex excluded = indexOf(settings.excludedItems);
     std::vector<Evidence> kept;

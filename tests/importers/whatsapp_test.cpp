@@ -4,6 +4,7 @@
 
 #include "importers/dates.h"
 #include "importers/whatsapp_line.h"
+#include "support/temp_folder.h"
 
 namespace kinfolio::Importer {
 namespace {
@@ -121,6 +122,35 @@ TEST(WhatsApp, RecognisesChatsByTheirFirstLines) {
     EXPECT_TRUE(looksLikeWhatsApp("[05/01/2025, 09:00:00] Sam: hi\n[05/01/2025, 09:01:00] A: b\n"));
     EXPECT_TRUE(looksLikeWhatsApp("5/1/25, 9:04 PM - Sam: only one\n"));
     EXPECT_FALSE(looksLikeWhatsApp("Dear Sam,\nhow are you\n5/1/25, 9:04 PM - Sam: hi\nbye\n"));
+}
+
+TEST(WhatsApp, ItemsOfOneChatShareTheirFileID) {
+    auto r = whatsapp("[05/01/2025, 09:00:00] Alex: hi\n[05/01/2025, 09:01:00] Sam: hello\n",
+                      std::string(64, 'a'), DateOrder::dayFirst);
+    ASSERT_EQ(r.items.size(), 2u);
+    EXPECT_EQ(r.items[1].fileID, std::string(64, 'a'));
+    EXPECT_EQ(&r.items[0].fileID.str(), &r.items[1].fileID.str());
+}
+
+TEST(WhatsApp, ReleasingReadPagesOfAMappedChatChangesNoItem) {
+    // Several megabytes, so pages are released mid-chat, with messages over
+    // several lines crossing the released boundaries.
+    std::string text;
+    for (int i = 0; text.size() < 3'500'000; ++i) {
+        text += "[05/01/2025, 09:" + std::to_string(10 + i % 50) + ":00] " +
+                (i % 2 ? "Sam Lee" : "Alex Morgan") + ": message " + std::to_string(i);
+        if (i % 7 == 0) text += "\nand a second line\n\nafter an empty one";
+        text += "\n";
+    }
+    testing::TempFolder dir;
+    auto mapped = MappedFile::open(dir.write("_chat.txt", text));
+    ASSERT_TRUE(mapped);
+    auto released = whatsapp(mapped->bytes(), "f", DateOrder::dayFirst, &*mapped);
+    auto plain = whatsapp(text, "f", DateOrder::dayFirst);
+    ASSERT_GT(plain.items.size(), 40000u);
+    EXPECT_TRUE(released.items == plain.items);
+    EXPECT_EQ(released.notes, plain.notes);
+    EXPECT_EQ(mapped->bytes(), text);
 }
 
 }  // namespace
