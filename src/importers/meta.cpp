@@ -110,8 +110,7 @@ MetaChat meta(JsonValue root, const std::string& fileID, const icu::TimeZone& zo
     if (auto title = stringMember(top, "title")) {
         chat.title = fixMeta(*title);
     } else {
-        for (size_t i = 0; i < chat.participants.size(); ++i)
-            chat.title += (i ? " & " : "") + chat.participants[i];
+        chat.title = join(chat.participants, " & ");
     }
     return chat;
 }
