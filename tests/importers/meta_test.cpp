@@ -130,6 +130,15 @@ TEST(Meta, MessagesWithoutANumericTimestampAreSkippedButCounted) {
     EXPECT_EQ(chat.items[0].text, "ok");
 }
 
+TEST(Meta, MessagesWhoseTimestampIsNoCalendarTimeAreSkipped) {
+    auto chat = read(R"({"sender_name": "Sam", "timestamp_ms": 1e300, "content": "far"},
+                        {"sender_name": "Sam", "timestamp_ms": -1e300, "content": "past"},
+                        {"sender_name": "Sam", "timestamp_ms": 1749049200000, "content": "ok"})");
+    ASSERT_EQ(chat.items.size(), 1u);
+    EXPECT_EQ(chat.items[0].text, "ok");
+    EXPECT_EQ(chat.items[0].position, 3);
+}
+
 TEST(Meta, RefusalsSayWhatIsWrong) {
     EXPECT_EQ(errorOf("[]"), "Not a Messenger or Instagram message file.");
     EXPECT_EQ(errorOf(R"({"participants": [], "messages": {}})"),
