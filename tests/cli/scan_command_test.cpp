@@ -15,8 +15,8 @@ namespace {
 namespace fs = std::filesystem;
 
 TEST(ScanCommand, ReportsProgressOnlyToATerminal) {
-    fs::path folder = fs::temp_directory_path() / ("kinfolio_scan_" + std::to_string(::getpid()));
-    fs::remove_all(folder);
+    testing::TempFolder temp;
+    fs::path folder = fs::path(temp.path()) / "materials";
     ExampleFolder::write(folder.string());
     size_t total = ExampleFolder::files().size();
 
@@ -31,7 +31,6 @@ TEST(ScanCommand, ReportsProgressOnlyToATerminal) {
     EXPECT_EQ(cli::run({"scan", folder.string()}, quietOut, quietErr, false), 0);
     EXPECT_EQ(quietErr.str(), "");
     EXPECT_EQ(quietOut.str(), out.str());
-    fs::remove_all(folder);
 }
 
 }  // namespace
