@@ -6,6 +6,7 @@
 
 #include "importers/dates.h"
 #include "model/text.h"
+#include "support/evidence_error.h"
 
 namespace kinfolio::Importer {
 namespace {
@@ -25,12 +26,7 @@ MetaChat read(const std::string& messages, const char* zone = "Europe/London",
 }
 
 std::string errorOf(const std::string& json) {
-    try {
-        meta(json, kFile, *zoneNamed("UTC"));
-    } catch (const EvidenceError& e) {
-        return e.what();
-    }
-    return "(no error)";
+    return testing::errorOf([&] { meta(json, kFile, *zoneNamed("UTC")); });
 }
 
 TEST(Meta, SummerTimeInLondonMovesTheInstantOneHour) {

@@ -15,6 +15,7 @@
 
 #include "importers/dates.h"
 #include "layout/typesetter.h"
+#include "support/evidence_error.h"
 #include "support/pdf_reader.h"
 
 namespace kinfolio {
@@ -240,20 +241,11 @@ TEST(PDFExporter, LetterPaperGivesLetterPages) {
 TEST(PDFExporter, RefusesWithSentencesForTheUser) {
     ExportInput empty = chatInput();
     empty.items.clear();
-    try {
-        PDFExporter::make(empty);
-        FAIL();
-    } catch (const EvidenceError& e) {
-        EXPECT_STREQ(e.what(), "Nothing is selected.");
-    }
+    EXPECT_EQ(testing::errorOf([&] { PDFExporter::make(empty); }), "Nothing is selected.");
     ExportInput orphan = chatInput();
     orphan.files.erase(kMail);
-    try {
-        PDFExporter::make(orphan);
-        FAIL();
-    } catch (const EvidenceError& e) {
-        EXPECT_STREQ(e.what(), "The source file for an item is missing. Scan the folder again.");
-    }
+    EXPECT_EQ(testing::errorOf([&] { PDFExporter::make(orphan); }),
+              "The source file for an item is missing. Scan the folder again.");
 }
 
 TEST(PDFExporter, HiddenNameAppearsNowhere) {
