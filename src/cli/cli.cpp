@@ -128,6 +128,11 @@ int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
     } catch (const EvidenceError& e) {
         err << "kinfolio-cli: " << e.what() << "\n";
         return 1;
+    } catch (const std::exception& e) {
+        // Faults outside the readers (a vanished current folder, memory
+        // running out) still end with a message rather than an abort.
+        err << "kinfolio-cli: Could not finish: " << e.what() << ".\n";
+        return 1;
     }
 }
 

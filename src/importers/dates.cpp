@@ -3,6 +3,7 @@
 #include <unicode/simpletz.h>
 #include <unicode/timezone.h>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cmath>
@@ -192,6 +193,11 @@ std::optional<DateOrder> detectOrder(std::string_view text) {
 }
 
 std::string duration(double seconds) {
+    // Lengths come from the files (a call notice, a JSON number) and may be
+    // negative, not a number or absurdly large; the conversion below is only
+    // defined within range.
+    if (!(seconds > 0)) seconds = 0;
+    seconds = std::min(seconds, 1e15);
     auto s = static_cast<long long>(std::round(seconds));  // halves away from zero
     if (s <= 59) return std::to_string(s) + " s";
     if (s < 3600) {
@@ -247,7 +253,13 @@ std::optional<Instant> makeDate(int year, int month, int day, int hour, int minu
 
 CivilTime civil(Instant t) {
     using namespace std::chrono;
+    // An instant read from a file (a JSON number of milliseconds) can lie far
+    // outside any calendar, or be no number at all; held within some 27,000
+    // years of 1970, the conversions below stay defined.
+    constexpr double kLimit = 1e7 * 86400.0;
     double unix = std::floor(unixFromInstant(t));
+    if (!(unix >= -kLimit)) unix = -kLimit;  // also NaN
+    unix = std::min(unix, kLimit);
     auto days = static_cast<long long>(std::floor(unix / 86400.0));
     long long secs = static_cast<long long>(unix) - days * 86400;
     year_month_day ymd{sys_days{std::chrono::days{days}}};

@@ -6,6 +6,15 @@ namespace kinfolio::Importer {
 
 namespace {
 
+// A number far outside the years 1 to 9999 is damage, not a time: kept, it
+// would be shown without a date and stretch the list of months without
+// messages over thousands of years.
+bool isCalendarTime(double milliseconds) {
+    constexpr double kFirst = -62135596800000.0;  // 0001-01-01T00:00:00Z
+    constexpr double kLast = 253402300799999.0;   // 9999-12-31T23:59:59.999Z
+    return milliseconds >= kFirst && milliseconds <= kLast;
+}
+
 Instant wallClock(double milliseconds, const icu::TimeZone& zone) {
     int32_t raw = 0, dst = 0;
     UErrorCode status = U_ZERO_ERROR;
@@ -104,15 +113,14 @@ MetaChat meta(JsonValue root, const std::string& fileID, const icu::TimeZone& zo
         JsonObject m;
         if (element.get_object().get(m)) continue;
         auto milliseconds = numberMember(m, "timestamp_ms");
-        if (!milliseconds) continue;
+        if (!milliseconds || !isCalendarTime(*milliseconds)) continue;
         chat.items.push_back(item(m, wallClock(*milliseconds, zone), sharedID, position));
     }
 
     if (auto title = stringMember(top, "title")) {
         chat.title = fixMeta(*title);
     } else {
-        for (size_t i = 0; i < chat.participants.size(); ++i)
-            chat.title += (i ? " & " : "") + chat.participants[i];
+        chat.title = join(chat.participants, " & ");
     }
     return chat;
 }

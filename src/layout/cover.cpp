@@ -3,6 +3,7 @@
 
 #include "importers/dates.h"
 #include "layout/layout.h"
+#include "model/text.h"
 
 namespace kinfolio {
 
@@ -10,13 +11,6 @@ namespace {
 
 std::string counted(size_t n, const std::string& word) {
     return std::to_string(n) + " " + word + (n == 1 ? "" : "s");
-}
-
-std::string join(const std::vector<std::string>& parts, const std::string& separator) {
-    std::string text;
-    for (const auto& part : parts)
-        text += (text.empty() ? "" : separator) + part;
-    return text;
 }
 
 }  // namespace

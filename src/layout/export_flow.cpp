@@ -12,12 +12,7 @@
 namespace kinfolio::ExportFlow {
 
 std::string baseName(const Settings& settings) {
-    std::string base;
-    for (const std::string* name : {&settings.title, &settings.applicant}) {
-        if (name->empty()) continue;
-        if (!base.empty()) base += " - ";
-        base += *name;
-    }
+    std::string base = joinNonEmpty({settings.title, settings.applicant}, " - ");
     if (base.empty()) return "Relationship evidence";
     return replaceAll(base, "/", "-");
 }

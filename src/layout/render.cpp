@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "layout/layout.h"
+#include "model/text.h"
 
 namespace kinfolio {
 
@@ -17,21 +18,14 @@ cairo_status_t collect(void* closure, const unsigned char* data, unsigned int le
     throw EvidenceError::invalid("Could not create the PDF.");
 }
 
-std::string join(const std::vector<std::string>& parts, const std::string& separator) {
-    std::string text;
-    for (const auto& part : parts)
-        if (!part.empty()) text += (text.empty() ? "" : separator) + part;
-    return text;
-}
-
 }  // namespace
 
 std::string Layout::render(const std::vector<Page>& pages, const PDFExporter::Progress& progress) {
     const double width = contentWidth();
-    std::string names = join({s.applicant, s.partner}, " & ");
+    std::string names = joinNonEmpty({s.applicant, s.partner}, " & ");
     std::string title = s.title.empty() ? "Relationship evidence" : s.title;
     auto headLeft =
-        lines(redact(join({title, names}, " \u00b7 ")), 8.5, width * 0.6, Colours::muted);
+        lines(redact(joinNonEmpty({title, names}, " \u00b7 ")), 8.5, width * 0.6, Colours::muted);
     std::vector<Line> headRight;
     if (!s.reference.empty())
         headRight = lines(redact(s.reference), 8.5, width * 0.38, Colours::muted);

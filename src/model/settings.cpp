@@ -32,14 +32,6 @@ std::string quoted(std::string_view key) {
     return "\u201c" + std::string(key) + "\u201d";
 }
 
-// One field of the record: how to read it from JSON and from command-line text.
-// Each reader throws EvidenceError with a sentence naming the key.
-struct Field {
-    std::string_view key;
-    void (*fromJson)(Settings&, const Json&);
-    void (*fromText)(Settings&, std::string_view);
-};
-
 [[noreturn]] void wrongType(std::string_view key, std::string_view what) {
     throw EvidenceError::invalid("The setting " + quoted(key) + " must be " + std::string(what) +
                                  ".");
@@ -105,80 +97,81 @@ Instant textDate(std::string_view text, std::string_view key) {
                                  " is a list; give it in a settings file with --settings.");
 }
 
-#define KF_STRING(name)                                                                          \
-    Field {                                                                                      \
-#name, [](Settings & s,                                                                  \
-                  const Json&                                                                    \
-                      v) { s.name = jsonString(v, #name); },                                     \
-                                                          [](Settings & s,                       \
-                                                             std::string_view                    \
-                                                                 t) { s.name = std::string(t); } \
-    }
-#define KF_INT(name)                                                                             \
-    Field {                                                                                      \
-#name, [](Settings & s,                                                                  \
-                  const Json&                                                                    \
-                      v) { s.name = jsonInt(v, #name); },                                        \
-                                                       [](Settings & s,                          \
-                                                          std::string_view                       \
-                                                              t) { s.name = textInt(t, #name); } \
-    }
-#define KF_DATE(name)                                                                             \
-    Field {                                                                                       \
-#name,                                                                                    \
-            [](Settings & s,                                                                      \
-               const Json&                                                                        \
-                   v) { s.name = jsonNumber(v, #name); },                                         \
-                                                       [](Settings & s,                           \
-                                                          std::string_view                        \
-                                                              t) { s.name = textDate(t, #name); } \
-    }
-#define KF_SET(name)                                                                              \
-    Field {                                                                                       \
-#name, [](Settings & s,                                                                   \
-                  const Json&                                                                     \
-                      v) { s.name = jsonSet(v, #name); },                                         \
-                                                       [](Settings&,                              \
-                                                          std::string_view) { notScalar(#name); } \
-    }
-#define KF_ENUM(name, type, names)                                                      \
-    Field {                                                                             \
-#name, [](Settings& s, const Json& v) { s.name = jsonEnum<type>(v, #name, names); },  \
-            [](Settings& s, std::string_view t) {                                             \
-                s.name = jsonEnum<type>(Json(std::string(t)), #name, names);                  \
-            } \
-    }
+// One field of the record: how to read it from JSON and from command-line
+// text, and how to store it. Each reader throws EvidenceError with a sentence
+// naming the key.
+struct Field {
+    std::string_view key;
+    void (*fromJson)(Settings&, const Json&, std::string_view key);
+    void (*fromText)(Settings&, std::string_view text, std::string_view key);
+    Json (*toJson)(const Settings&);
+};
+
+template <std::string Settings::*M>
+constexpr Field text(std::string_view key) {
+    return {key, [](Settings& s, const Json& v, std::string_view k) { s.*M = jsonString(v, k); },
+            [](Settings& s, std::string_view t, std::string_view) { s.*M = std::string(t); },
+            [](const Settings& s) { return Json(s.*M); }};
+}
+template <bool Settings::*M>
+constexpr Field flag(std::string_view key) {
+    return {key, [](Settings& s, const Json& v, std::string_view k) { s.*M = jsonBool(v, k); },
+            [](Settings& s, std::string_view t, std::string_view k) { s.*M = textBool(t, k); },
+            [](const Settings& s) { return Json(s.*M); }};
+}
+template <int Settings::*M>
+constexpr Field count(std::string_view key) {
+    return {key, [](Settings& s, const Json& v, std::string_view k) { s.*M = jsonInt(v, k); },
+            [](Settings& s, std::string_view t, std::string_view k) { s.*M = textInt(t, k); },
+            [](const Settings& s) { return Json(s.*M); }};
+}
+template <Instant Settings::*M>
+constexpr Field day(std::string_view key) {
+    return {key, [](Settings& s, const Json& v, std::string_view k) { s.*M = jsonNumber(v, k); },
+            [](Settings& s, std::string_view t, std::string_view k) { s.*M = textDate(t, k); },
+            [](const Settings& s) { return Json(s.*M); }};
+}
+// Lists are only read from JSON: a command line has no good way to write one.
+template <std::set<std::string> Settings::*M>
+constexpr Field list(std::string_view key) {
+    return {key, [](Settings& s, const Json& v, std::string_view k) { s.*M = jsonSet(v, k); },
+            [](Settings&, std::string_view, std::string_view k) { notScalar(k); },
+            [](const Settings& s) {
+                return Json(std::vector<std::string>((s.*M).begin(), (s.*M).end()));
+            }};
+}
+template <typename E, E Settings::*M, const auto& Names>
+constexpr Field choice(std::string_view key) {
+    return {key,
+            [](Settings& s, const Json& v, std::string_view k) { s.*M = jsonEnum<E>(v, k, Names); },
+            [](Settings& s, std::string_view t, std::string_view k) {
+                s.*M = jsonEnum<E>(Json(std::string(t)), k, Names);
+            },
+            [](const Settings& s) { return Json(Names[static_cast<size_t>(s.*M)]); }};
+}
 
 // In the order of the record; this is also the order of the stored keys.
 const std::array<Field, 19> kFields = {
-    KF_STRING(title),
-    KF_STRING(applicant),
-    KF_STRING(partner),
-    KF_STRING(reference),
-    KF_STRING(ownerName),
-    Field{"limitDates",
-          [](Settings& s, const Json& v) { s.limitDates = jsonBool(v, "limitDates"); },
-          [](Settings& s, std::string_view t) { s.limitDates = textBool(t, "limitDates"); }},
-    KF_DATE(rangeStart),
-    KF_DATE(rangeEnd),
-    KF_INT(messagesPerMonth),
-    KF_INT(photosPerMonth),
-    KF_STRING(hiddenText),
-    KF_ENUM(paper, PaperSize, kPaperRaw),
-    KF_ENUM(arrangement, Arrangement, kArrangementRaw),
-    KF_INT(maxFileMB),
-    KF_ENUM(dateOrder, DateOrder, kDateOrderRaw),
-    KF_STRING(timeZoneID),
-    KF_SET(excludedSources),
-    KF_SET(excludedItems),
-    KF_SET(addedItems),
+    text<&Settings::title>("title"),
+    text<&Settings::applicant>("applicant"),
+    text<&Settings::partner>("partner"),
+    text<&Settings::reference>("reference"),
+    text<&Settings::ownerName>("ownerName"),
+    flag<&Settings::limitDates>("limitDates"),
+    day<&Settings::rangeStart>("rangeStart"),
+    day<&Settings::rangeEnd>("rangeEnd"),
+    count<&Settings::messagesPerMonth>("messagesPerMonth"),
+    count<&Settings::photosPerMonth>("photosPerMonth"),
+    text<&Settings::hiddenText>("hiddenText"),
+    choice<PaperSize, &Settings::paper, kPaperRaw>("paper"),
+    choice<Arrangement, &Settings::arrangement, kArrangementRaw>("arrangement"),
+    count<&Settings::maxFileMB>("maxFileMB"),
+    choice<DateOrder, &Settings::dateOrder, kDateOrderRaw>("dateOrder"),
+    text<&Settings::timeZoneID>("timeZoneID"),
+    list<&Settings::excludedSources>("excludedSources"),
+    list<&Settings::excludedItems>("excludedItems"),
+    list<&Settings::addedItems>("addedItems"),
 };
-
-#undef KF_STRING
-#undef KF_INT
-#undef KF_DATE
-#undef KF_SET
-#undef KF_ENUM
 
 const Field* findField(std::string_view key) {
     for (const auto& f : kFields)
@@ -250,29 +243,9 @@ Settings Settings::defaults() {
 }
 
 Json encode(const Settings& s) {
-    auto set = [](const std::set<std::string>& v) {
-        return Json(std::vector<std::string>(v.begin(), v.end()));
-    };
     Json j = Json::object();
-    j["title"] = s.title;
-    j["applicant"] = s.applicant;
-    j["partner"] = s.partner;
-    j["reference"] = s.reference;
-    j["ownerName"] = s.ownerName;
-    j["limitDates"] = s.limitDates;
-    j["rangeStart"] = s.rangeStart;
-    j["rangeEnd"] = s.rangeEnd;
-    j["messagesPerMonth"] = s.messagesPerMonth;
-    j["photosPerMonth"] = s.photosPerMonth;
-    j["hiddenText"] = s.hiddenText;
-    j["paper"] = rawValue(s.paper);
-    j["arrangement"] = rawValue(s.arrangement);
-    j["maxFileMB"] = s.maxFileMB;
-    j["dateOrder"] = rawValue(s.dateOrder);
-    j["timeZoneID"] = s.timeZoneID;
-    j["excludedSources"] = set(s.excludedSources);
-    j["excludedItems"] = set(s.excludedItems);
-    j["addedItems"] = set(s.addedItems);
+    for (const auto& f : kFields)
+        j[std::string(f.key)] = f.toJson(s);
     return j;
 }
 
@@ -283,7 +256,7 @@ std::optional<Settings> decode(const Json& json) {
         for (const auto& f : kFields) {
             auto it = json.find(std::string(f.key));
             if (it == json.end()) return std::nullopt;
-            f.fromJson(s, *it);
+            f.fromJson(s, *it, f.key);
         }
     } catch (const EvidenceError&) {
         return std::nullopt;
@@ -297,7 +270,7 @@ Settings applyPartial(Settings base, const Json& json) {
     for (const auto& [key, value] : json.items()) {
         const Field* f = findField(key);
         if (!f) unknownKey(key);
-        f->fromJson(base, value);
+        f->fromJson(base, value, key);
     }
     return base;
 }
@@ -305,7 +278,7 @@ Settings applyPartial(Settings base, const Json& json) {
 void setField(Settings& settings, std::string_view key, std::string_view value) {
     const Field* f = findField(key);
     if (!f) unknownKey(key);
-    f->fromText(settings, value);
+    f->fromText(settings, value, key);
 }
 
 }  // namespace kinfolio

@@ -19,6 +19,23 @@ std::string toUtf8(const icu::UnicodeString& text) {
     return out;
 }
 
+namespace {
+
+// The code point that begins at byte `i` and its length in bytes (at least
+// 1); negative when the bytes there are ill-formed. ICU's offsets are 32-bit,
+// so it only ever sees a window of four bytes: a mailbox may hold gigabytes.
+UChar32 codePointAt(std::string_view text, size_t i, int32_t& length) {
+    std::string_view window = text.substr(i, 4);
+    const auto* s = reinterpret_cast<const uint8_t*>(window.data());
+    int32_t k = 0;
+    UChar32 c;
+    U8_NEXT(s, k, static_cast<int32_t>(window.size()), c);
+    length = k;
+    return c;
+}
+
+}  // namespace
+
 bool isValidUtf8(std::string_view bytes) {
     const auto* s = reinterpret_cast<const uint8_t*>(bytes.data());
     size_t n = bytes.size(), i = 0;
@@ -35,11 +52,9 @@ bool isValidUtf8(std::string_view bytes) {
             ++i;
             continue;
         }
-        int32_t offset = static_cast<int32_t>(i);
-        UChar32 c;
-        U8_NEXT(s, offset, static_cast<int32_t>(n), c);
-        if (c < 0) return false;
-        i = static_cast<size_t>(offset);
+        int32_t length = 0;
+        if (codePointAt(bytes, i, length) < 0) return false;
+        i += static_cast<size_t>(length);
     }
     return true;
 }
@@ -48,16 +63,13 @@ std::string repairUtf8(std::string_view bytes) {
     if (isValidUtf8(bytes)) return std::string(bytes);
     std::string out;
     out.reserve(bytes.size());
-    const auto* s = reinterpret_cast<const uint8_t*>(bytes.data());
-    int32_t n = static_cast<int32_t>(bytes.size()), i = 0;
-    while (i < n) {
-        int32_t start = i;
-        UChar32 c;
-        U8_NEXT(s, i, n, c);
-        if (c < 0)
+    for (size_t i = 0; i < bytes.size();) {
+        int32_t length = 0;
+        if (codePointAt(bytes, i, length) < 0)
             out += "\xEF\xBF\xBD";
         else
-            out.append(bytes.data() + start, static_cast<size_t>(i - start));
+            out.append(bytes.substr(i, static_cast<size_t>(length)));
+        i += static_cast<size_t>(length);
     }
     return out;
 }
@@ -117,6 +129,22 @@ std::string removeAll(std::string_view text, std::string_view what) {
     return replaceAll(text, what, "");
 }
 
+std::string join(const std::vector<std::string>& parts, std::string_view separator) {
+    std::string text;
+    for (size_t i = 0; i < parts.size(); ++i) {
+        if (i > 0) text += separator;
+        text += parts[i];
+    }
+    return text;
+}
+
+std::string joinNonEmpty(const std::vector<std::string>& parts, std::string_view separator) {
+    std::vector<std::string> present;
+    for (const auto& part : parts)
+        if (!part.empty()) present.push_back(part);
+    return join(present, separator);
+}
+
 bool startsWith(std::string_view text, std::string_view prefix) {
     return text.substr(0, prefix.size()) == prefix;
 }
@@ -131,22 +159,6 @@ std::string asciiLower(std::string_view text) {
         if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
     return out;
 }
-
-namespace {
-
-// The code point that begins at byte `i` and its length in bytes; negative
-// when the bytes there are ill-formed.
-UChar32 codePointAt(std::string_view text, size_t i, int32_t& length) {
-    std::string_view window = text.substr(i, 4);
-    const auto* s = reinterpret_cast<const uint8_t*>(window.data());
-    int32_t k = 0;
-    UChar32 c;
-    U8_NEXT(s, k, static_cast<int32_t>(window.size()), c);
-    length = k;
-    return c;
-}
-
-}  // namespace
 
 // Only the ends are decoded, so trimming a long text costs one copy.
 std::string trimWhitespace(std::string_view text) {
@@ -178,11 +190,13 @@ std::string trimSpacesAndTabs(std::string_view text) {
 }
 
 std::string prefixCodePoints(std::string_view text, size_t n) {
-    const auto* s = reinterpret_cast<const uint8_t*>(text.data());
-    int32_t len = static_cast<int32_t>(text.size()), i = 0;
-    for (size_t count = 0; count < n && i < len; ++count)
-        U8_FWD_1(s, i, len);
-    return std::string(text.substr(0, static_cast<size_t>(i)));
+    size_t end = 0;
+    for (size_t count = 0; count < n && end < text.size(); ++count) {
+        int32_t length = 0;
+        codePointAt(text, end, length);
+        end += static_cast<size_t>(length);
+    }
+    return std::string(text.substr(0, end));
 }
 
 long long decimalValue(std::string_view digits) {

@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kinfolio {
 
@@ -33,6 +34,10 @@ std::string asciiLower(std::string_view text);
 std::string trimWhitespace(std::string_view text);
 // Trims only spaces and tabs.
 std::string trimSpacesAndTabs(std::string_view text);
+// The parts with `separator` between them; joinNonEmpty leaves out empty
+// parts, as for optional names.
+std::string join(const std::vector<std::string>& parts, std::string_view separator);
+std::string joinNonEmpty(const std::vector<std::string>& parts, std::string_view separator);
 // The first n user-visible code points (not bytes) of the text.
 std::string prefixCodePoints(std::string_view text, size_t n);
 

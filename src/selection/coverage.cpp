@@ -5,6 +5,7 @@
 #include <set>
 
 #include "importers/dates.h"
+#include "model/text.h"
 #include "selection/selection.h"
 
 namespace kinfolio::Selection {
@@ -37,15 +38,6 @@ std::string monthName(int month) {
     int year = month >= 0 ? month / 12 : -((-month + 11) / 12);
     Instant first = *Importer::makeDate(year, month - year * 12 + 1, 1);
     return Importer::format(first, "MMM yyyy");
-}
-
-std::string join(const std::vector<std::string>& parts, std::string_view separator) {
-    std::string text;
-    for (const auto& part : parts) {
-        if (!text.empty()) text += separator;
-        text += part;
-    }
-    return text;
 }
 
 }  // namespace

@@ -1,10 +1,10 @@
 #include "selection/sampling.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <numeric>
 
+#include "importers/dates.h"
 #include "selection/selection.h"
 
 namespace kinfolio::Selection {
@@ -56,12 +56,8 @@ void takeEvenly(const std::vector<size_t>& order, size_t first, size_t n, size_t
 }  // namespace
 
 int monthIndex(Instant date) {
-    double days = std::floor(unixFromInstant(date) / 86400.0);
-    // Far outside any written date; kept finite so the conversion is defined.
-    days = std::clamp(days, -1e7, 1e7);
-    std::chrono::year_month_day ymd{
-        std::chrono::sys_days{std::chrono::days{static_cast<long long>(days)}}};
-    return static_cast<int>(ymd.year()) * 12 + static_cast<int>(unsigned(ymd.month())) - 1;
+    Importer::CivilTime c = Importer::civil(date);
+    return c.year * 12 + c.month - 1;
 }
 
 Flags sampleFlags(const ItemRefs& items, int perMonth) {

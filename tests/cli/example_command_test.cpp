@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "cli/cli.h"
+#include "support/temp_folder.h"
 
 namespace kinfolio {
 namespace {
@@ -16,28 +17,20 @@ std::map<std::string, std::string> tree(const fs::path& root) {
     std::map<std::string, std::string> out;
     for (const auto& entry : fs::recursive_directory_iterator(root)) {
         if (!entry.is_regular_file()) continue;
-        std::ifstream in(entry.path(), std::ios::binary);
-        std::stringstream bytes;
-        bytes << in.rdbuf();
-        out[fs::relative(entry.path(), root).string()] = bytes.str();
+        out[fs::relative(entry.path(), root).string()] = testing::readFile(entry.path().string());
     }
     return out;
 }
 
 class ExampleCommandTest : public ::testing::Test {
 protected:
-    void SetUp() override {
-        root = fs::temp_directory_path() / ("kinfolio_example_" + std::to_string(::getpid()));
-        fs::remove_all(root);
-        fs::create_directories(root);
-    }
-    void TearDown() override { fs::remove_all(root); }
     int run(std::vector<std::string> args) {
         out.str("");
         err.str("");
         return cli::run(args, out, err);
     }
-    fs::path root;
+    testing::TempFolder temp;
+    fs::path root = temp.path();
     std::ostringstream out, err;
 };
 

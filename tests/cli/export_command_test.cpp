@@ -109,5 +109,20 @@ TEST_F(ExportCommand, NeverWritesIntoTheMaterialsFolderUnlessTold) {
     EXPECT_EQ(testing::folderFingerprint(materials.path()), before);
 }
 
+// The current folder can vanish under a terminal (removed from the file
+// manager); the command must end with a message, not an abort.
+TEST_F(ExportCommand, AVanishedCurrentFolderIsAnErrorMessage) {
+    fs::path cwd = fs::current_path();
+    testing::TempFolder gone;
+    fs::current_path(gone.path());
+    fs::remove(gone.path());
+    Outcome r = run({"export", materials.path()});
+    fs::current_path(cwd);
+    EXPECT_EQ(r.status, 1);
+    EXPECT_NE(r.err.find("kinfolio-cli: Could not finish: "), std::string::npos) << r.err;
+    EXPECT_EQ(r.err.back(), '\n');
+    EXPECT_TRUE(fs::is_empty(output.path()));
+}
+
 }  // namespace
 }  // namespace kinfolio::cli

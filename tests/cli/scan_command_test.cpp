@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 
 TEST(ScanCommand, ReportsProgressOnlyToATerminal) {
     testing::TempFolder temp;
-    fs::path folder = temp.path() + "/example";
+    fs::path folder = fs::path(temp.path()) / "materials";
     ExampleFolder::write(folder.string());
     size_t total = ExampleFolder::files().size();
 

@@ -2,7 +2,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <random>
 #include <sstream>
 
 #include "cli/cli.h"
@@ -10,6 +9,7 @@
 #include "scan/scanner.h"
 #include "selection/items.h"
 #include "selection/selection.h"
+#include "support/temp_folder.h"
 
 namespace kinfolio {
 namespace {
@@ -22,16 +22,11 @@ using namespace testing;
 class SelectCommand : public ::testing::Test {
 protected:
     void SetUp() override {
-        std::random_device seed;
-        root = fs::temp_directory_path() / ("kinfolio-select-" + std::to_string(seed()));
-        materials = root / "materials";
         fs::create_directories(materials / "notes");
         write(materials / "notes" / "shopping.txt", "milk\neggs\n");
         write(materials / "readme.xyz", "nothing to see");
-        settingsFile = root / "settings.json";
         write(settingsFile, R"({"messagesPerMonth": 3, "photosPerMonth": 2})");
     }
-    void TearDown() override { fs::remove_all(root); }
 
     static void write(const fs::path& path, const std::string& text) {
         std::ofstream(path, std::ios::binary) << text;
@@ -43,7 +38,10 @@ protected:
         return cli::run(args, out, err);
     }
 
-    fs::path root, materials, settingsFile;
+    TempFolder temp;
+    fs::path root = temp.path();
+    fs::path materials = root / "materials";
+    fs::path settingsFile = root / "settings.json";
     std::ostringstream out, err;
 };
 

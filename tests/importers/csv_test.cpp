@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "importers/dates.h"
+#include "support/evidence_error.h"
 
 namespace kinfolio::Importer {
 namespace {
@@ -12,21 +13,11 @@ std::string written(Instant t) {
 }
 
 std::string rowsError(const std::string& text) {
-    try {
-        csvRows(text);
-    } catch (const EvidenceError& e) {
-        return e.what();
-    }
-    return "(no error)";
+    return testing::errorOf([&] { csvRows(text); });
 }
 
 std::string csvError(const std::string& text, DateOrder order = DateOrder::dayFirst) {
-    try {
-        csv(text, "f", order);
-    } catch (const EvidenceError& e) {
-        return e.what();
-    }
-    return "(no error)";
+    return testing::errorOf([&] { csv(text, "f", order); });
 }
 
 const std::string kQuilloryHeader = "date_local,direction,sender,text,attachments\n";

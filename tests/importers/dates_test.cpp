@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 
 namespace kinfolio::Importer {
 namespace {
@@ -85,6 +86,14 @@ TEST(Duration, WritesSecondsMinutesAndHours) {
     EXPECT_EQ(duration(0), "0 s");
 }
 
+TEST(Duration, LengthsReadFromBrokenFilesStayReadable) {
+    EXPECT_EQ(duration(-5), "0 s");
+    EXPECT_EQ(duration(std::nan("")), "0 s");
+    std::string huge = duration(1e300);  // a call notice with a run of 300 digits
+    EXPECT_NE(huge.front(), '-') << huge;
+    EXPECT_TRUE(huge.ends_with(" min")) << huge;
+}
+
 TEST(CommonTimeZones, SortedWithoutDuplicatesAndHoldingTheMachineZone) {
     const auto& zones = commonTimeZones();
     EXPECT_TRUE(std::is_sorted(zones.begin(), zones.end()));
@@ -107,6 +116,16 @@ TEST(Calendar, MakeDateRefusesImpossibleDays) {
     auto c = civil(*t);
     EXPECT_EQ((std::array<int, 6>{c.year, c.month, c.day, c.hour, c.minute, c.second}),
               (std::array<int, 6>{2025, 6, 14, 9, 15, 30}));
+}
+
+TEST(Calendar, InstantsFarOutsideAnyCalendarStayDefined) {
+    for (double t : {1e300, -1e300, HUGE_VAL, std::nan("")}) {
+        auto c = civil(t);
+        EXPECT_TRUE(c.month >= 1 && c.month <= 12) << t;
+        EXPECT_TRUE(c.day >= 1 && c.day <= 31) << t;
+        EXPECT_TRUE(c.hour >= 0 && c.hour <= 23) << t;
+        EXPECT_LT(std::abs(c.year), 40000) << t;
+    }
 }
 
 TEST(Calendar, InstantsBeforeTheReferenceEpochKeepTheirDay) {

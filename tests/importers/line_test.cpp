@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "importers/dates.h"
+#include "support/evidence_error.h"
 
 namespace kinfolio::Importer {
 namespace {
@@ -155,24 +156,15 @@ TEST(Line, TitleWithoutTheChatHistoryWords) {
 }
 
 TEST(Line, UnreadableTimeNamesItsLine) {
-    try {
-        chatWith("Sat, 2025/06/14", "25:00\tSam\tHi");
-        FAIL() << "expected an error";
-    } catch (const EvidenceError& e) {
-        EXPECT_STREQ(e.what(), "Could not read the time on line 3.");
-    }
+    EXPECT_EQ(testing::errorOf([] { chatWith("Sat, 2025/06/14", "25:00\tSam\tHi"); }),
+              "Could not read the time on line 3.");
     EXPECT_THROW(chatWith("Sat, 2025/06/14", "13:00 PM\tSam\tHi"), EvidenceError);
 }
 
 TEST(Line, NoMessagesIsRefused) {
     for (const char* text : {"", "[LINE] Chat history with Sam\nSaved on: 2025/07/01 10:00\n",
                              "[LINE] Chat history with Sam\n09:00\tSam\tNo day yet\n"}) {
-        try {
-            line(text, "f");
-            FAIL() << "expected an error for: " << text;
-        } catch (const EvidenceError& e) {
-            EXPECT_STREQ(e.what(), "No LINE messages found.");
-        }
+        EXPECT_EQ(testing::errorOf([&] { line(text, "f"); }), "No LINE messages found.") << text;
     }
 }
 

@@ -6,6 +6,7 @@
 
 #include "importers/dates.h"
 #include "model/text.h"
+#include "support/evidence_error.h"
 
 namespace kinfolio::Importer {
 namespace {
@@ -25,12 +26,7 @@ MetaChat read(const std::string& messages, const char* zone = "Europe/London",
 }
 
 std::string errorOf(const std::string& json) {
-    try {
-        meta(json, kFile, *zoneNamed("UTC"));
-    } catch (const EvidenceError& e) {
-        return e.what();
-    }
-    return "(no error)";
+    return testing::errorOf([&] { meta(json, kFile, *zoneNamed("UTC")); });
 }
 
 TEST(Meta, SummerTimeInLondonMovesTheInstantOneHour) {
@@ -128,6 +124,15 @@ TEST(Meta, MessagesWithoutANumericTimestampAreSkippedButCounted) {
     ASSERT_EQ(chat.items.size(), 1u);
     EXPECT_EQ(chat.items[0].position, 4);
     EXPECT_EQ(chat.items[0].text, "ok");
+}
+
+TEST(Meta, MessagesWhoseTimestampIsNoCalendarTimeAreSkipped) {
+    auto chat = read(R"({"sender_name": "Sam", "timestamp_ms": 1e300, "content": "far"},
+                        {"sender_name": "Sam", "timestamp_ms": -1e300, "content": "past"},
+                        {"sender_name": "Sam", "timestamp_ms": 1749049200000, "content": "ok"})");
+    ASSERT_EQ(chat.items.size(), 1u);
+    EXPECT_EQ(chat.items[0].text, "ok");
+    EXPECT_EQ(chat.items[0].position, 3);
 }
 
 TEST(Meta, RefusalsSayWhatIsWrong) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "importers/dates.h"
+#include "support/evidence_error.h"
 
 namespace kinfolio::Importer {
 namespace {
@@ -38,12 +39,7 @@ Evidence only(const std::string& json) {
 }
 
 std::string errorOf(const std::string& json) {
-    try {
-        telegram(json, kFile);
-    } catch (const EvidenceError& e) {
-        return e.what();
-    }
-    return "(no error)";
+    return testing::errorOf([&] { telegram(json, kFile); });
 }
 
 TEST(Telegram, SingleChatGivesMessagesAndCallInOrder) {

@@ -4,6 +4,7 @@
 
 #include "importers/dates.h"
 #include "importers/whatsapp_line.h"
+#include "support/evidence_error.h"
 #include "support/temp_folder.h"
 
 namespace kinfolio::Importer {
@@ -14,12 +15,7 @@ Instant at(int y, int mo, int d, int h, int mi, int s = 0) {
 }
 
 std::string errorOf(std::string_view text, DateOrder order = DateOrder::dayFirst) {
-    try {
-        whatsapp(text, "f", order);
-    } catch (const EvidenceError& e) {
-        return e.what();
-    }
-    return "(no error)";
+    return testing::errorOf([&] { whatsapp(text, "f", order); });
 }
 
 TEST(WhatsApp, ReadsIPhoneLinesWithSenderTextAndPosition) {

@@ -11,11 +11,10 @@
 #include <sanitizer/lsan_interface.h>
 #endif
 #include <cstdio>
-#include <filesystem>
-#include <fstream>
 
 #include "importers/dates.h"
 #include "layout/typesetter.h"
+#include "support/evidence_error.h"
 #include "support/pdf_reader.h"
 
 namespace kinfolio {
@@ -64,12 +63,6 @@ ExportInput chatInput() {
     return input;
 }
 
-std::string writeTemp(const std::string& bytes, const std::string& name) {
-    auto path = std::filesystem::temp_directory_path() / name;
-    std::ofstream(path, std::ios::binary) << bytes;
-    return path.string();
-}
-
 const std::vector<std::string> kTitles = {"January 2025", "February 2025", "March 2025",
                                           "How this file was prepared"};
 
@@ -97,10 +90,7 @@ Output* MadePDF::output = nullptr;
 testing::ReadPDF* MadePDF::pdf = nullptr;
 
 TEST_F(MadePDF, PassesQpdfCheck) {
-    std::string path = writeTemp(output->data, "kinfolio-made.pdf");
-    std::string command = "qpdf --check '" + path + "' > /dev/null 2>&1";
-    EXPECT_EQ(std::system(command.c_str()), 0);
-    std::filesystem::remove(path);
+    EXPECT_TRUE(testing::qpdfCheckPasses(output->data));
 
     QPDF q;
     q.processMemoryFile("made", output->data.data(), output->data.size());
@@ -257,20 +247,11 @@ TEST(PDFExporter, LetterPaperGivesLetterPages) {
 TEST(PDFExporter, RefusesWithSentencesForTheUser) {
     ExportInput empty = chatInput();
     empty.items.clear();
-    try {
-        PDFExporter::make(empty);
-        FAIL();
-    } catch (const EvidenceError& e) {
-        EXPECT_STREQ(e.what(), "Nothing is selected.");
-    }
+    EXPECT_EQ(testing::errorOf([&] { PDFExporter::make(empty); }), "Nothing is selected.");
     ExportInput orphan = chatInput();
     orphan.files.erase(kMail);
-    try {
-        PDFExporter::make(orphan);
-        FAIL();
-    } catch (const EvidenceError& e) {
-        EXPECT_STREQ(e.what(), "The source file for an item is missing. Scan the folder again.");
-    }
+    EXPECT_EQ(testing::errorOf([&] { PDFExporter::make(orphan); }),
+              "The source file for an item is missing. Scan the folder again.");
 }
 
 TEST(PDFExporter, HiddenNameAppearsNowhere) {

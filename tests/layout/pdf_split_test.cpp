@@ -6,20 +6,15 @@
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFOutlineDocumentHelper.hh>
 
-#include <filesystem>
-#include <fstream>
 #include <set>
-
-#include <unistd.h>
 
 #include "layout/pdf_exporter.h"
 #include "model/evidence.h"
+#include "support/pdf_reader.h"
 #include "support/sample_export.h"
 
 namespace kinfolio {
 namespace {
-
-namespace fs = std::filesystem;
 
 std::vector<Sample::Page> evenPages(size_t n, int side) {
     return std::vector<Sample::Page>(n, Sample::Page{side, side});
@@ -93,16 +88,6 @@ std::set<std::pair<std::string, int>> expectedOutline(int begin, int end) {
         if (i % 3 == 0) result.insert({"Detail " + std::to_string(i + 1), i});
     }
     return result;
-}
-
-bool qpdfCheckPasses(const std::string& part) {
-    fs::path file =
-        fs::temp_directory_path() / ("kinfolio-split-" + std::to_string(::getpid()) + "-check.pdf");
-    std::ofstream(file, std::ios::binary) << part;
-    std::string command = "qpdf --check '" + file.string() + "' > /dev/null 2>&1";
-    int status = std::system(command.c_str());
-    fs::remove(file);
-    return status == 0;
 }
 
 TEST(PDFSplitTest, DataWithinTheLimitComesBackUnopened) {
@@ -206,7 +191,7 @@ TEST(PDFSplitTest, EachPartKeepsItsOutlineAndLinks) {
     for (size_t p = 0; p < parts.size(); ++p) {
         const auto& part = parts[p];
         auto [begin, end] = pageRanges[p];
-        EXPECT_TRUE(qpdfCheckPasses(part)) << "part " << p + 1;
+        EXPECT_TRUE(testing::qpdfCheckPasses(part)) << "part " << p + 1;
 
         QPDF qpdf;
         qpdf.processMemoryFile("part", part.data(), part.size());

@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "model/evidence.h"
+#include "support/evidence_error.h"
 #include "support/temp_folder.h"
 #include "support/zip_writer.h"
 
@@ -13,17 +14,9 @@ namespace kinfolio {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::errorOf;
 using testing::makeZip;
 using testing::ZipMember;
-
-std::string errorOf(const std::function<void()>& f) {
-    try {
-        f();
-    } catch (const EvidenceError& e) {
-        return e.what();
-    }
-    return "(no error)";
-}
 
 const char* kNotAZip = "Not a ZIP file Kinfolio can read.";
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "importers/dates.h"
+#include "support/evidence_error.h"
 
 namespace kinfolio {
 namespace {
@@ -74,18 +75,10 @@ TEST(Settings, PartialSettingsApplyOverTheBaseAndNameTheBadKey) {
     EXPECT_EQ(s.paper, PaperSize::letter);
     EXPECT_EQ(s.messagesPerMonth, 3);
     EXPECT_EQ(s.title, "Relationship evidence");
-    try {
-        applyPartial(s, Json::parse(R"({"colour": "blue"})"));
-        FAIL();
-    } catch (const EvidenceError& e) {
-        EXPECT_STREQ(e.what(), "There is no setting called \u201ccolour\u201d.");
-    }
-    try {
-        applyPartial(s, Json::parse(R"({"limitDates": "yes"})"));
-        FAIL();
-    } catch (const EvidenceError& e) {
-        EXPECT_STREQ(e.what(), "The setting \u201climitDates\u201d must be true or false.");
-    }
+    EXPECT_EQ(testing::errorOf([&] { applyPartial(s, Json::parse(R"({"colour": "blue"})")); }),
+              "There is no setting called \u201ccolour\u201d.");
+    EXPECT_EQ(testing::errorOf([&] { applyPartial(s, Json::parse(R"({"limitDates": "yes"})")); }),
+              "The setting \u201climitDates\u201d must be true or false.");
 }
 
 TEST(Settings, SetFieldReadsScalarsFromText) {

@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <filesystem>
 #include <fstream>
@@ -7,6 +6,7 @@
 
 #include "cli/cli.h"
 #include "model/json.h"
+#include "support/temp_folder.h"
 
 namespace kinfolio {
 namespace {
@@ -16,14 +16,9 @@ namespace fs = std::filesystem;
 class EmailScan : public ::testing::Test {
 protected:
     void SetUp() override {
-        std::string pattern = (fs::temp_directory_path() / "kinfolio-email-XXXXXX").string();
-        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-        root = pattern;
-        folder = root / "materials";
         fs::create_directories(folder / "Mail");
         write(root / "settings.json", "{}");
     }
-    void TearDown() override { fs::remove_all(root); }
 
     static void write(const fs::path& path, const std::string& text) {
         std::ofstream(path, std::ios::binary) << text;
@@ -38,7 +33,9 @@ protected:
         return Json::parse(out.str());
     }
 
-    fs::path root, folder;
+    testing::TempFolder temp;
+    fs::path root = temp.path();
+    fs::path folder = root / "materials";
 };
 
 TEST_F(EmailScan, LooseEmailsFormOneSourceAndUndatedFilesAreSkipped) {

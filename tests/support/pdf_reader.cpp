@@ -10,6 +10,8 @@
 #include <memory>
 #include <stdexcept>
 
+#include "support/temp_folder.h"
+
 namespace kinfolio::testing {
 
 namespace {
@@ -182,6 +184,13 @@ Evidence message(const std::string& fileID, int64_t position, double date,
 
 FileRecord fileRecord(const std::string& path, char hexDigit, int64_t bytes) {
     return FileRecord{path, std::string(64, hexDigit), bytes};
+}
+
+bool qpdfCheckPasses(const std::string& bytes) {
+    TempFolder folder;
+    std::string file = folder.write("check.pdf", bytes);
+    std::string command = "qpdf --check '" + file + "' > /dev/null 2>&1";
+    return std::system(command.c_str()) == 0;
 }
 
 }  // namespace kinfolio::testing

@@ -20,6 +20,10 @@ struct ReadPDF {
 
 ReadPDF readPDF(const std::string& bytes);
 
+// Whether `qpdf --check` finds the file sound: stricter than viewers, which
+// quietly repair a damaged cross-reference table.
+bool qpdfCheckPasses(const std::string& bytes);
+
 // The text printed on the same line as `label`, to its right (a contents
 // row's page number); empty when the label is not on the page.
 // The last occurrence of the label counts.
