@@ -93,7 +93,6 @@ private:
     void startPreviewRender(uint64_t generation, ExportInput input);
     void readScreenshots();
     ExportInput exportInput(std::vector<Evidence> items) const;
-    void writeExport(const std::string& path, const std::vector<std::string>& parts);
 
     Executor& executor_;
     AppServices services_;

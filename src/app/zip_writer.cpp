@@ -26,6 +26,14 @@ void put32(std::string& out, uint32_t v) {
     put16(out, v >> 16);
 }
 
+uint32_t checked32(size_t value) {
+    if (value > std::numeric_limits<uint32_t>::max())
+        throw EvidenceError::invalid("The ZIP archive would be too large.");
+    return static_cast<uint32_t>(value);
+}
+
+}  // namespace
+
 std::string rawDeflate(const std::string& data) {
     z_stream z{};
     if (deflateInit2(&z, Z_BEST_COMPRESSION, Z_DEFLATED, -15, 9, Z_DEFAULT_STRATEGY) != Z_OK)
@@ -42,14 +50,6 @@ std::string rawDeflate(const std::string& data) {
         throw EvidenceError::invalid("Could not compress a file for the ZIP archive.");
     return out;
 }
-
-uint32_t checked32(size_t value) {
-    if (value > std::numeric_limits<uint32_t>::max())
-        throw EvidenceError::invalid("The ZIP archive would be too large.");
-    return static_cast<uint32_t>(value);
-}
-
-}  // namespace
 
 std::string archive(const std::vector<Entry>& entries) {
     if (entries.size() > 0xffff)

@@ -17,4 +17,7 @@ struct Entry {
 // an entry or archive too large for the classic layout.
 std::string archive(const std::vector<Entry>& entries);
 
+// Raw deflate (no zlib header or checksum), as ZIP entries hold it.
+std::string rawDeflate(const std::string& data);
+
 }  // namespace kinfolio::ZipWriter

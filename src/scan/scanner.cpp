@@ -102,7 +102,16 @@ ScanResult scan(const std::string& folder, DateOrder order, const std::string& z
     for (const auto& path : ctx.files)
         if (isMedia(path)) handling.push_back(&path);
     for (size_t i = 0; i < handling.size(); ++i) {
-        if (!ctx.consumed.count(*handling[i])) route(ctx, *handling[i]);
+        const std::string& path = *handling[i];
+        if (!ctx.consumed.count(path)) {
+            // One file's trouble (memory, a file changed under us) must not
+            // end the whole scan: the file is skipped and the rest is read.
+            try {
+                route(ctx, path);
+            } catch (const std::exception&) {
+                ctx.skip(path, "Could not be read.");
+            }
+        }
         if (progress) progress(i + 1, handling.size());
     }
 

@@ -1,5 +1,7 @@
 #include "support/zip_writer.h"
 
+#include "app/zip_writer.h"
+
 #include <zlib.h>
 
 #include <stdexcept>
@@ -19,26 +21,10 @@ void put32(std::string& out, uint32_t v) {
 
 }  // namespace
 
-std::string rawDeflate(const std::string& data) {
-    z_stream z{};
-    if (deflateInit2(&z, Z_BEST_COMPRESSION, Z_DEFLATED, -15, 8, Z_DEFAULT_STRATEGY) != Z_OK)
-        throw std::runtime_error("deflateInit2");
-    std::string out(deflateBound(&z, data.size()), '\0');
-    z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(data.data()));
-    z.avail_in = static_cast<uInt>(data.size());
-    z.next_out = reinterpret_cast<Bytef*>(out.data());
-    z.avail_out = static_cast<uInt>(out.size());
-    int status = deflate(&z, Z_FINISH);
-    out.resize(z.total_out);
-    deflateEnd(&z);
-    if (status != Z_STREAM_END) throw std::runtime_error("deflate");
-    return out;
-}
-
 std::string makeZip(const std::vector<ZipMember>& members, const std::string& comment) {
     std::string out, directory;
     for (const auto& m : members) {
-        std::string packed = m.method == 8 ? rawDeflate(m.data) : m.data;
+        std::string packed = m.method == 8 ? ZipWriter::rawDeflate(m.data) : m.data;
         uint32_t crc = static_cast<uint32_t>(crc32(0, reinterpret_cast<const Bytef*>(m.data.data()),
                                                    static_cast<uInt>(m.data.size())));
         uint32_t size = m.declaredSize.value_or(static_cast<uint32_t>(m.data.size()));

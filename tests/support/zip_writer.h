@@ -26,7 +26,4 @@ struct ZipMember {
 // A classic ZIP file with a central directory and an optional comment.
 std::string makeZip(const std::vector<ZipMember>& members, const std::string& comment = "");
 
-// Raw deflate (no zlib header), as ZIP members hold it.
-std::string rawDeflate(const std::string& data);
-
 }  // namespace kinfolio::testing
