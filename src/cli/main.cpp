@@ -11,4 +11,6 @@ int main(int argc, char** argv) {
 
 // fontconfig keeps its configuration for the life of the process, allocated
 // in ways LeakSanitizer reports as lost at exit; only sanitizer builds call this.
-extern "C" const char* __lsan_default_suppressions() { return "leak:libfontconfig.so\n"; }
+extern "C" const char* __lsan_default_suppressions() {
+    return "leak:libfontconfig.so\n";
+}

@@ -1,6 +1,5 @@
 #include "layout/pdf_split.h"
 
-
 #include <gtest/gtest.h>
 #include <poppler.h>
 #include <qpdf/QPDF.hh>
