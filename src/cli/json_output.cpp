@@ -12,8 +12,9 @@ Json optional(const std::optional<T>& v) {
 }  // namespace
 
 Json toJson(const Evidence& item) {
+    const EvidenceDetails& details = item.details();
     Json boxes = Json::array();
-    for (const auto& b : item.textBoxes)
+    for (const auto& b : details.textBoxes)
         boxes.push_back(Json{
             {"text", b.text}, {"x", b.x}, {"y", b.y}, {"width", b.width}, {"height", b.height}});
     Json j = Json::object();
@@ -26,12 +27,12 @@ Json toJson(const Evidence& item) {
     j["text"] = item.text;
     j["fileID"] = item.fileID.str();
     j["position"] = item.position;
-    j["imageURL"] = optional(item.imageURL);
-    j["attachmentName"] = optional(item.attachmentName);
-    j["attachmentID"] = optional(item.attachmentID);
+    j["imageURL"] = optional(details.imageURL);
+    j["attachmentName"] = optional(details.attachmentName);
+    j["attachmentID"] = optional(details.attachmentID);
     j["textBoxes"] = std::move(boxes);
-    j["duration"] = optional(item.duration);
-    j["heading"] = item.heading;
+    j["duration"] = optional(details.duration);
+    j["heading"] = details.heading;
     return j;
 }
 

@@ -160,7 +160,7 @@ ImportResult csv(std::string_view text, const std::string& fileID, DateOrder ord
         if (attachmentsCol && !row[*attachmentsCol].empty()) {
             const std::string& names = row[*attachmentsCol];
             std::string first = trimSpacesAndTabs(names.substr(0, names.find("; ")));
-            if (!first.empty()) e.attachmentName = std::move(first);
+            if (!first.empty()) e.detailsForWriting().attachmentName = std::move(first);
         }
         result.items.push_back(std::move(e));
     }

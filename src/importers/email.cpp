@@ -161,9 +161,10 @@ std::optional<Evidence> email(std::string_view message, const std::string& fileI
     e.text = plainText(headers, body);
     e.fileID = fileID;
     e.position = position;
-    e.heading = "From: " + from;
-    if (!to.empty()) e.heading += "\nTo: " + to;
-    e.heading += "\nSubject: " + (subject.empty() ? std::string("(no subject)") : subject);
+    std::string& heading = e.detailsForWriting().heading;
+    heading = "From: " + from;
+    if (!to.empty()) heading += "\nTo: " + to;
+    heading += "\nSubject: " + (subject.empty() ? std::string("(no subject)") : subject);
     return e;
 }
 

@@ -125,7 +125,7 @@ LineChat line(std::string_view text, const std::string& fileID) {
                     e.kind = ItemKind::call;
                     auto length = callLength(e.text);
                     e.text = length ? "Call" : "Missed call";
-                    e.duration = length.value_or(0);
+                    e.detailsForWriting().duration = length.value_or(0);
                 }
                 chat.items.push_back(std::move(e));
                 continue;

@@ -37,7 +37,7 @@ Evidence item(JsonObject m, Instant when, const SharedText& fileID, int64_t posi
     if (auto seconds = numberMember(m, "call_duration")) {
         // The content ("Alex started a video chat.") says less than this.
         e.kind = ItemKind::call;
-        e.duration = *seconds;
+        e.detailsForWriting().duration = *seconds;
         e.text = *seconds > 0 ? "Call" : "Missed call";
         return e;
     }
@@ -45,8 +45,9 @@ Evidence item(JsonObject m, Instant when, const SharedText& fileID, int64_t posi
     JsonObject first;
     if (auto photos = arrayMember(m, "photos");
         photos && photos->size() > 0 && !photos->at(0).get_object().get(first))
-        if (auto uri = stringMember(first, "uri")) e.attachmentName = std::string(*uri);
-    if (e.text.empty() && !e.attachmentName) {
+        if (auto uri = stringMember(first, "uri"))
+            e.detailsForWriting().attachmentName = std::string(*uri);
+    if (e.text.empty() && !e.details().attachmentName) {
         if (member(m, "videos"))
             e.text = "[video]";
         else if (member(m, "audio_files"))

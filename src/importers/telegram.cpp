@@ -48,12 +48,12 @@ Evidence message(JsonObject m, Instant when, const SharedText& fileID, int64_t p
     e.sender = stringMember(m, "from").value_or("");
     e.text = telegramText(member(m, "text"));
     if (auto photo = stringMember(m, "photo")) {
-        e.attachmentName = std::string(*photo);
+        e.detailsForWriting().attachmentName = std::string(*photo);
     } else if (auto file = stringMember(m, "file");
                file && stringMember(m, "mime_type") == "image/jpeg") {
-        e.attachmentName = std::string(*file);
+        e.detailsForWriting().attachmentName = std::string(*file);
     }
-    if (e.text.empty() && !e.attachmentName)
+    if (e.text.empty() && !e.details().attachmentName)
         if (auto media = stringMember(m, "media_type"))
             e.text = "[" + replaceAll(*media, "_", " ") + "]";
     return e;
@@ -62,7 +62,8 @@ Evidence message(JsonObject m, Instant when, const SharedText& fileID, int64_t p
 Evidence call(JsonObject m, Instant when, const SharedText& fileID, int64_t position) {
     Evidence e = item(ItemKind::call, when, fileID, position);
     e.sender = stringMember(m, "actor").value_or("");
-    e.duration = numberMember(m, "duration_seconds");
+    if (auto seconds = numberMember(m, "duration_seconds"))
+        e.detailsForWriting().duration = *seconds;
     e.text = stringMember(m, "discard_reason") == "missed" ? "Missed call" : "Call";
     return e;
 }

@@ -18,7 +18,7 @@ Layout::Layout(ExportInput in)
     };
     for (const auto& item : input.items) {
         number(item.fileID);
-        if (item.attachmentID) number(*item.attachmentID);
+        if (item.details().attachmentID) number(*item.details().attachmentID);
     }
 }
 

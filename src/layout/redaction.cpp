@@ -123,7 +123,7 @@ std::vector<TextBox> Layout::hiddenBoxes(const Evidence& item) const {
     std::vector<std::string> rules = Importer::redactionRules(s.hiddenText);
     std::vector<TextBox> boxes;
     if (rules.empty()) return boxes;
-    for (const auto& box : item.textBoxes) {
+    for (const auto& box : item.details().textBoxes) {
         bool hit = std::any_of(rules.begin(), rules.end(), [&](const std::string& rule) {
             return Importer::containsIgnoringCase(box.text, rule);
         });

@@ -228,7 +228,7 @@ std::vector<Piece> Layout::render(const Evidence& item) {
         case ItemKind::message: {
             pieces.push_back(meta(line(redact(item.sender)), mine));
             std::string text = item.text;
-            if (item.attachmentName) text += " (file attached)";
+            if (item.details().attachmentName) text += " (file attached)";
             append(pieces, bubble(redact(text), mine));
             append(pieces, pictures(item));
             space = 6;
@@ -237,8 +237,8 @@ std::vector<Piece> Layout::render(const Evidence& item) {
         case ItemKind::call: {
             pieces.push_back(meta(line(redact(item.sender)), mine));
             std::string text = item.text.empty() ? "Call" : item.text;
-            if (item.duration && *item.duration > 0)
-                text += " · " + Importer::duration(*item.duration);
+            if (auto duration = item.details().duration; duration && *duration > 0)
+                text += " · " + Importer::duration(*duration);
             append(pieces, bubble(redact(text), mine));
             space = 6;
             break;
@@ -250,7 +250,7 @@ std::vector<Piece> Layout::render(const Evidence& item) {
             if (graphemeCount(body) > kEmailBodyLimit)
                 body = prefixGraphemes(body, kEmailBodyLimit) +
                        "\n[\u2026 continues in the original email]";
-            append(pieces, card(redact(item.heading), body));
+            append(pieces, card(redact(item.details().heading), body));
             space = 8;
             break;
         }
@@ -280,7 +280,8 @@ std::vector<Piece> Layout::render(const Evidence& item) {
         }
         case ItemKind::video: {
             std::string lead = "Video";
-            if (item.duration) lead += ", " + Importer::duration(*item.duration);
+            if (auto duration = item.details().duration)
+                lead += ", " + Importer::duration(*duration);
             pieces.push_back(meta(line(lead), false));
             append(pieces, pictures(item));
             break;

@@ -20,6 +20,37 @@ std::optional<ItemKind> itemKindFromRaw(std::string_view raw) {
     return std::nullopt;
 }
 
+Evidence::Evidence(const Evidence& other)
+    : kind(other.kind),
+      dateIsEstimated(other.dateIsEstimated),
+      date(other.date),
+      sender(other.sender),
+      text(other.text),
+      fileID(other.fileID),
+      position(other.position),
+      details_(other.details_ ? std::make_unique<EvidenceDetails>(*other.details_) : nullptr) {}
+
+Evidence& Evidence::operator=(const Evidence& other) {
+    if (this != &other) *this = Evidence(other);
+    return *this;
+}
+
+const EvidenceDetails& Evidence::details() const {
+    static const EvidenceDetails none;
+    return details_ ? *details_ : none;
+}
+
+EvidenceDetails& Evidence::detailsForWriting() {
+    if (!details_) details_ = std::make_unique<EvidenceDetails>();
+    return *details_;
+}
+
+bool Evidence::operator==(const Evidence& other) const {
+    return kind == other.kind && dateIsEstimated == other.dateIsEstimated && date == other.date &&
+           sender == other.sender && text == other.text && fileID == other.fileID &&
+           position == other.position && details() == other.details();
+}
+
 std::string Evidence::id() const {
     return fileID + ":" + std::to_string(position);
 }

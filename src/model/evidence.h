@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -39,16 +40,9 @@ struct TextBox {
     bool operator==(const TextBox&) const = default;
 };
 
-// One dated item of the document.
-struct Evidence {
-    // Kept small and without padding: a large chat holds a million of these.
-    ItemKind kind = ItemKind::message;
-    bool dateIsEstimated = false;
-    Instant date = 0;
-    std::string sender;
-    std::string text;
-    SharedText fileID;  // shared by the items of one file
-    int64_t position = 0;
+// The fields few items have: an attachment, a screenshot's text, a call's
+// length, an e-mail's header lines.
+struct EvidenceDetails {
     std::optional<std::string> imageURL;  // absolute file path
     std::optional<std::string> attachmentName;
     std::optional<std::string> attachmentID;
@@ -56,12 +50,43 @@ struct Evidence {
     std::optional<double> duration;
     std::string heading;
 
+    bool operator==(const EvidenceDetails&) const = default;
+};
+
+// One dated item of the document.
+struct Evidence {
+    // Kept small and without padding: a large chat holds a million of these,
+    // so the rarely used fields sit behind one pointer that most leave empty.
+    ItemKind kind = ItemKind::message;
+    bool dateIsEstimated = false;
+    Instant date = 0;
+    std::string sender;
+    std::string text;
+    SharedText fileID;  // shared by the items of one file
+    int64_t position = 0;
+
+    Evidence() = default;
+    Evidence(const Evidence& other);
+    Evidence& operator=(const Evidence& other);
+    Evidence(Evidence&&) noexcept = default;
+    Evidence& operator=(Evidence&&) noexcept = default;
+    ~Evidence() = default;
+
+    // An empty shared instance when this item has none, so reading never
+    // allocates.
+    const EvidenceDetails& details() const;
+    EvidenceDetails& detailsForWriting();
+
     // fileID + ":" + position; items of one file and position share it.
     std::string id() const;
     // A chat's system or service line: a message without a sender.
     bool isSystem() const { return kind == ItemKind::message && sender.empty(); }
 
-    bool operator==(const Evidence&) const = default;
+    // Absent details equal present ones that are all empty.
+    bool operator==(const Evidence& other) const;
+
+private:
+    std::unique_ptr<EvidenceDetails> details_;
 };
 
 // The one error type: its message is a finished sentence for the user.

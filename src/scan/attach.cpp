@@ -43,8 +43,8 @@ bool isVideoType(const std::string& path) {
 void attach(std::vector<Evidence>& items, const Resolver& resolve, ScanContext& ctx,
             std::vector<FileRecord>& files) {
     for (auto& item : items) {
-        if (!item.attachmentName) continue;
-        auto found = resolve(*item.attachmentName);
+        if (!item.details().attachmentName) continue;
+        auto found = resolve(*item.details().attachmentName);
         if (!found || !isRegularFile(*found)) continue;
         std::string path = fs::path(*found).lexically_normal().string();
         ctx.consumed.insert(path);
@@ -52,8 +52,9 @@ void attach(std::vector<Evidence>& items, const Resolver& resolve, ScanContext& 
         auto record = ctx.recordAttachment(path);
         if (!record) continue;
         if (std::find(files.begin(), files.end(), *record) == files.end()) files.push_back(*record);
-        item.imageURL = path;
-        item.attachmentID = record->sha256;
+        EvidenceDetails& details = item.detailsForWriting();
+        details.imageURL = path;
+        details.attachmentID = record->sha256;
     }
 }
 

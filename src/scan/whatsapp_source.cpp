@@ -77,7 +77,8 @@ ChatOutcome whatsappSource(std::string_view text, const FileRecord& file, const 
         return SkippedFile{file.path, std::string("Looks like a WhatsApp chat, but: ") + e.what()};
     }
     for (auto& item : chat.items)
-        item.attachmentName = attachmentName(item.text);
+        if (auto name = attachmentName(item.text))
+            item.detailsForWriting().attachmentName = std::move(name);
 
     std::vector<FileRecord> media;
     Resolver inMediaDir = [&](const std::string& attached) -> std::optional<std::string> {

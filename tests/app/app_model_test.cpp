@@ -363,13 +363,13 @@ TEST_F(AppModelTest, OnlyTheLatestOfTwoScansIsKept) {
 TEST_F(AppModelTest, ScreenshotReadingReportsProgressAndRendersAgain) {
     AppServices services = testing::fakeServices(log);
     services.screenshotsToRead = [](const ScanResult& scan) {
-        return scan.sources[0].items[0].textBoxes.empty() ? size_t{3} : size_t{0};
+        return scan.sources[0].items[0].details().textBoxes.empty() ? size_t{3} : size_t{0};
     };
     services.recognizeScreenshots = [](ScanResult& scan, const AppServices::Progress& progress) {
         for (size_t i = 1; i <= 3; ++i)
             progress(i, 3);
         for (auto& item : scan.sources[0].items)
-            item.textBoxes.push_back({"seen", 0, 0, 1, 1});
+            item.detailsForWriting().textBoxes.push_back({"seen", 0, 0, 1, 1});
     };
     auto model = makeModel(services);
     const AppState& s = model->state();
@@ -384,7 +384,7 @@ TEST_F(AppModelTest, ScreenshotReadingReportsProgressAndRendersAgain) {
     EXPECT_EQ(seen, (std::vector<size_t>{0, 1, 2, 3}));
     EXPECT_EQ(s.screenshotsTotal, 3u);
     EXPECT_FALSE(s.showingReadingProgress);
-    EXPECT_EQ(s.selected.front().textBoxes.size(), 1u);
+    EXPECT_EQ(s.selected.front().details().textBoxes.size(), 1u);
     executor.settle();
     EXPECT_EQ(log->renders, 1);
 }

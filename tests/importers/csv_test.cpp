@@ -80,7 +80,7 @@ TEST(Csv, GenericSpreadsheet) {
     EXPECT_EQ(first.text, "Morning, love");
     EXPECT_EQ(first.position, 2);
     EXPECT_EQ(first.fileID, "abc");
-    EXPECT_FALSE(first.attachmentName);
+    EXPECT_FALSE(first.details().attachmentName);
     EXPECT_EQ(written(result.items[1].date), "2025-06-14 09:20:05");
     EXPECT_EQ(result.items[1].position, 3);
     EXPECT_TRUE(result.notes.empty());
@@ -140,9 +140,9 @@ TEST(Csv, OnlyTheFirstAttachmentIsLinked) {
                           "2025-06-14 09:17:00,incoming,Sam,None,\n",
                       "f", DateOrder::dayFirst);
     ASSERT_EQ(result.items.size(), 3u);
-    EXPECT_EQ(result.items[0].attachmentName, "IMG_1.jpg");
-    EXPECT_EQ(result.items[1].attachmentName, "IMG_3.jpg");
-    EXPECT_FALSE(result.items[2].attachmentName);
+    EXPECT_EQ(result.items[0].details().attachmentName, "IMG_1.jpg");
+    EXPECT_EQ(result.items[1].details().attachmentName, "IMG_3.jpg");
+    EXPECT_FALSE(result.items[2].details().attachmentName);
 }
 
 TEST(Csv, RefusalsOfTheWholeFile) {

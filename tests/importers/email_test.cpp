@@ -132,7 +132,7 @@ TEST(Email, MakesAnItemWithItsHeading) {
     EXPECT_EQ(item->text, "See you at eight.");
     EXPECT_EQ(item->fileID, "abc");
     EXPECT_EQ(item->position, 3);
-    EXPECT_EQ(item->heading,
+    EXPECT_EQ(item->details().heading,
               "From: Sam <sam@example.com>\nTo: Alex <alex@example.com>\nSubject: Dinner");
     EXPECT_EQ(item->id(), "abc:3");
 }
@@ -140,14 +140,14 @@ TEST(Email, MakesAnItemWithItsHeading) {
 TEST(Email, WithoutRecipientOrSubjectTheHeadingSaysSo) {
     auto item = email("From: Sam\r\nDate: 6 Jan 2025 09:05\r\n\r\nHi", "f", 1);
     ASSERT_TRUE(item);
-    EXPECT_EQ(item->heading, "From: Sam\nSubject: (no subject)");
+    EXPECT_EQ(item->details().heading, "From: Sam\nSubject: (no subject)");
     EXPECT_EQ(item->text, "Hi");
 }
 
 TEST(Email, FoldedSubjectBecomesOneLine) {
     auto item = email("From: Sam\nDate: 6 Jan 2025 09:05\nSubject: A long\n\tsubject\n\nx", "f", 1);
     ASSERT_TRUE(item);
-    EXPECT_EQ(item->heading, "From: Sam\nSubject: A long subject");
+    EXPECT_EQ(item->details().heading, "From: Sam\nSubject: A long subject");
 }
 
 TEST(Email, MessageWithoutReadableDateGivesNoItem) {

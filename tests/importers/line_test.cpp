@@ -61,7 +61,7 @@ TEST(Line, ReadsTheSampleExport) {
     EXPECT_EQ(written(first.date), "2025-06-14 09:15");
     EXPECT_EQ(first.fileID, "abc");
     EXPECT_FALSE(first.dateIsEstimated);
-    EXPECT_FALSE(first.duration);
+    EXPECT_FALSE(first.details().duration);
 
     const Evidence& second = chat.items[1];
     EXPECT_EQ(second.position, 6);
@@ -73,7 +73,7 @@ TEST(Line, ReadsTheSampleExport) {
     EXPECT_EQ(call.position, 8);
     EXPECT_EQ(call.sender, "Alex Morgan");
     EXPECT_EQ(call.text, "Call");
-    EXPECT_EQ(call.duration, 2710.0);
+    EXPECT_EQ(call.details().duration, 2710.0);
     EXPECT_EQ(written(call.date), "2025-06-14 21:00");
 }
 
@@ -143,10 +143,10 @@ TEST(Line, CallNotices) {
     Evidence missed = call("\u260E Missed call");
     EXPECT_EQ(missed.kind, ItemKind::call);
     EXPECT_EQ(missed.text, "Missed call");
-    EXPECT_EQ(missed.duration, 0.0);
-    EXPECT_EQ(call("Call time 3:05").duration, 185.0);
+    EXPECT_EQ(missed.details().duration, 0.0);
+    EXPECT_EQ(call("Call time 3:05").details().duration, 185.0);
     EXPECT_EQ(call("CALL TIME 3:05").text, "Call");
-    EXPECT_EQ(call("Call time: 3:05").duration, 185.0);
+    EXPECT_EQ(call("Call time: 3:05").details().duration, 185.0);
     EXPECT_EQ(call("Call me at 3:05").kind, ItemKind::message);
 }
 

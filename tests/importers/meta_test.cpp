@@ -78,10 +78,10 @@ TEST(Meta, CallsReplaceTheirContent) {
     ASSERT_EQ(chat.items.size(), 2u);
     EXPECT_EQ(chat.items[0].kind, ItemKind::call);
     EXPECT_EQ(chat.items[0].text, "Missed call");
-    EXPECT_EQ(chat.items[0].duration, 0.0);
+    EXPECT_EQ(chat.items[0].details().duration, 0.0);
     EXPECT_EQ(chat.items[1].kind, ItemKind::call);
     EXPECT_EQ(chat.items[1].text, "Call");
-    EXPECT_EQ(chat.items[1].duration, 840.0);
+    EXPECT_EQ(chat.items[1].details().duration, 840.0);
     EXPECT_EQ(chat.items[1].sender, "Alex Morgan");
     EXPECT_EQ(chat.items[1].position, 2);
 }
@@ -97,7 +97,7 @@ TEST(Meta, FirstPhotoIsTheAttachmentAndPlaceholdersFillEmptyMessages) {
         {"sender_name": "Sam", "timestamp_ms": 5, "content": "look", "videos": []},
         {"sender_name": "Sam", "timestamp_ms": 6, "photos": []})");
     ASSERT_EQ(chat.items.size(), 6u);
-    EXPECT_EQ(chat.items[0].attachmentName,
+    EXPECT_EQ(chat.items[0].details().attachmentName,
               "your_facebook_activity/messages/inbox/samlee_10001/photos/101.jpg");
     EXPECT_EQ(chat.items[0].text, "");
     EXPECT_EQ(chat.items[1].text, "[video]");
@@ -105,7 +105,7 @@ TEST(Meta, FirstPhotoIsTheAttachmentAndPlaceholdersFillEmptyMessages) {
     EXPECT_EQ(chat.items[3].text, "[sticker]");
     EXPECT_EQ(chat.items[4].text, "look");
     EXPECT_EQ(chat.items[5].text, "");
-    EXPECT_FALSE(chat.items[5].attachmentName);
+    EXPECT_FALSE(chat.items[5].details().attachmentName);
 }
 
 TEST(Meta, WithoutTitleTheChatIsNamedAfterItsParticipants) {

@@ -54,7 +54,7 @@ TEST(Telegram, SingleChatGivesMessagesAndCallInOrder) {
         EXPECT_EQ(items[i].position, i + 1);
         EXPECT_EQ(items[i].fileID, kFile);
         EXPECT_FALSE(items[i].dateIsEstimated);
-        EXPECT_FALSE(items[i].duration);
+        EXPECT_FALSE(items[i].details().duration);
     }
     EXPECT_EQ(items[0].sender, "Sam Lee");
     EXPECT_EQ(items[1].text, "Just landed!");
@@ -66,9 +66,9 @@ TEST(Telegram, SingleChatGivesMessagesAndCallInOrder) {
     EXPECT_EQ(call.position, 4);
     EXPECT_EQ(call.text, "Call");
     EXPECT_EQ(call.sender, "Alex Morgan");
-    EXPECT_EQ(call.duration, 1520.0);
+    EXPECT_EQ(call.details().duration, 1520.0);
     EXPECT_EQ(call.date, *makeDate(2025, 5, 4, 21, 0, 0));
-    EXPECT_FALSE(call.attachmentName);
+    EXPECT_FALSE(call.details().attachmentName);
 }
 
 TEST(Telegram, MissedCallAndCallWithoutDuration) {
@@ -81,7 +81,7 @@ TEST(Telegram, MissedCallAndCallWithoutDuration) {
     const auto& items = chats.at(0).items;
     ASSERT_EQ(items.size(), 2u);
     EXPECT_EQ(items[0].text, "Missed call");
-    EXPECT_FALSE(items[0].duration);
+    EXPECT_FALSE(items[0].details().duration);
     EXPECT_EQ(items[1].text, "Call");
     EXPECT_EQ(items[1].sender, "");
 }
@@ -106,9 +106,9 @@ TEST(Telegram, PhotoOnlyMessageKeepsEmptyTextAndNamesThePhoto) {
         "from": "Sam", "photo": "photos/photo_1@03-05-2025_20-07-00.jpg", "width": 1280,
         "media_type": "photo", "text": ""})"));
     EXPECT_EQ(e.text, "");
-    EXPECT_EQ(e.attachmentName, "photos/photo_1@03-05-2025_20-07-00.jpg");
-    EXPECT_FALSE(e.imageURL);
-    EXPECT_FALSE(e.attachmentID);
+    EXPECT_EQ(e.details().attachmentName, "photos/photo_1@03-05-2025_20-07-00.jpg");
+    EXPECT_FALSE(e.details().imageURL);
+    EXPECT_FALSE(e.details().attachmentID);
 }
 
 TEST(Telegram, OnlyJpegFilesCountAsPhotos) {
@@ -121,9 +121,9 @@ TEST(Telegram, OnlyJpegFilesCountAsPhotos) {
                      .at(0)
                      .items;
     ASSERT_EQ(items.size(), 2u);
-    EXPECT_EQ(items[0].attachmentName, "files/IMG_1.jpg");
+    EXPECT_EQ(items[0].details().attachmentName, "files/IMG_1.jpg");
     EXPECT_EQ(items[0].text, "");
-    EXPECT_FALSE(items[1].attachmentName);
+    EXPECT_FALSE(items[1].details().attachmentName);
     EXPECT_EQ(items[1].text, "[video file]");
 }
 

@@ -32,7 +32,7 @@ TEST(WhatsApp, ReadsIPhoneLinesWithSenderTextAndPosition) {
     EXPECT_EQ(r.items[1].sender, "Sam Lee");
     EXPECT_EQ(r.items[1].text, "Yes: just now: tired");
     EXPECT_EQ(r.items[1].position, 2);
-    EXPECT_FALSE(r.items[1].attachmentName);
+    EXPECT_FALSE(r.items[1].details().attachmentName);
     EXPECT_TRUE(r.notes.empty());
 }
 

@@ -97,8 +97,8 @@ TEST(Appendix, ListsOnlyReferencedFilesInReferenceOrder) {
     input.files[photo] = {"photo.jpg", photo, 3000};
     input.files[unused] = {"unused.txt", unused, 10};
     Evidence attached = message(kChat, 9, input.items[0].date + 60, "Jo", "look");
-    attached.attachmentName = "photo.jpg";
-    attached.attachmentID = photo;
+    attached.detailsForWriting().attachmentName = "photo.jpg";
+    attached.detailsForWriting().attachmentID = photo;
     input.items.push_back(attached);
     Layout layout(input);
     EXPECT_EQ(layout.sourceOrder, (std::vector<std::string>{kChat, photo}));

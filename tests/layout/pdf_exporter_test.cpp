@@ -50,14 +50,14 @@ ExportInput chatInput() {
             "February note " + std::to_string(i) + ": the weather is lovely and I miss you."));
     Evidence call = message(kChat, position++, at(3, 2, 20), "Jordan", "Voice call");
     call.kind = ItemKind::call;
-    call.duration = 725;
+    call.detailsForWriting().duration = 725;
     input.items.push_back(call);
     Evidence mail;
     mail.kind = ItemKind::email;
     mail.fileID = kMail;
     mail.position = 0;
     mail.date = at(3, 3, 10);
-    mail.heading = "From: Alex Doe\nSubject: Tickets";
+    mail.detailsForWriting().heading = "From: Alex Doe\nSubject: Tickets";
     mail.text = "Here are the tickets for our trip.";
     input.items.push_back(mail);
     return input;

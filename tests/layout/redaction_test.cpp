@@ -62,13 +62,13 @@ TEST(Redaction, HiddenBoxesAreTheLinesHoldingARule) {
     Layout layout(input);
     Evidence shot;
     shot.kind = ItemKind::screenshot;
-    shot.textBoxes = {{"Call Sam at 8", 0.1, 0.5, 0.6, 0.05},
-                      {"See you soon", 0.1, 0.4, 0.5, 0.05},
-                      {"SAMSAM", 0.1, 0.3, 0.3, 0.05}};
+    shot.detailsForWriting().textBoxes = {{"Call Sam at 8", 0.1, 0.5, 0.6, 0.05},
+                                          {"See you soon", 0.1, 0.4, 0.5, 0.05},
+                                          {"SAMSAM", 0.1, 0.3, 0.3, 0.05}};
     auto boxes = layout.hiddenBoxes(shot);
     ASSERT_EQ(boxes.size(), 2u);
-    EXPECT_EQ(boxes[0], shot.textBoxes[0]);
-    EXPECT_EQ(boxes[1], shot.textBoxes[2]);
+    EXPECT_EQ(boxes[0], shot.details().textBoxes[0]);
+    EXPECT_EQ(boxes[1], shot.details().textBoxes[2]);
 
     ExportInput none;
     Layout plain(none);

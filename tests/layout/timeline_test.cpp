@@ -70,9 +70,10 @@ TEST(Timeline, OneDaySeparatorPerDayAndMonthSubheadingsByType) {
 
 TEST(Timeline, MediaItemsKeepTheirMetaLine) {
     Evidence video = item(ItemKind::video, 4, 1);
-    video.duration = 75;
+    video.detailsForWriting().duration = 75;
     Evidence shot = item(ItemKind::screenshot, 4, 1);
-    shot.textBoxes = {{"Call Robin", 0, 0, 1, 0.1}, {"Robin again", 0, 0.2, 1, 0.1}};
+    shot.detailsForWriting().textBoxes = {{"Call Robin", 0, 0, 1, 0.1},
+                                          {"Robin again", 0, 0.2, 1, 0.1}};
     Evidence doc = item(ItemKind::document, 4, 1, "Travel");
     doc.text = "Boarding pass";
     doc.dateIsEstimated = true;

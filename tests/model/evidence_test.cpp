@@ -33,11 +33,51 @@ TEST(Evidence, SystemItemsAreMessagesWithoutSender) {
 
 TEST(Evidence, EqualityComparesTextBoxesMemberwise) {
     Evidence a = message("f", 1), b = a;
-    a.textBoxes.push_back({"hi", 0.1, 0.2, 0.3, 0.4});
-    b.textBoxes.push_back({"hi", 0.1, 0.2, 0.3, 0.4});
+    a.detailsForWriting().textBoxes.push_back({"hi", 0.1, 0.2, 0.3, 0.4});
+    b.detailsForWriting().textBoxes.push_back({"hi", 0.1, 0.2, 0.3, 0.4});
     EXPECT_EQ(a, b);
-    b.textBoxes[0].height = 0.5;
+    b.detailsForWriting().textBoxes[0].height = 0.5;
     EXPECT_NE(a, b);
+}
+
+TEST(Evidence, CopiesOwnTheirDetails) {
+    Evidence a = message("f", 1);
+    a.detailsForWriting().attachmentName = "IMG_1.jpg";
+    a.detailsForWriting().textBoxes.push_back({"hi", 0, 0, 1, 1});
+    Evidence copy = a;
+    Evidence assigned = message("g", 2);
+    assigned.detailsForWriting().heading = "From: Sam";
+    assigned = a;
+    EXPECT_EQ(copy, a);
+    EXPECT_EQ(assigned, a);
+    EXPECT_EQ(assigned.details().heading, "");
+
+    a.detailsForWriting().attachmentName = "IMG_2.jpg";
+    a.detailsForWriting().textBoxes.clear();
+    EXPECT_EQ(copy.details().attachmentName, "IMG_1.jpg");
+    EXPECT_EQ(assigned.details().textBoxes.size(), 1u);
+    EXPECT_NE(copy, a);
+
+    Evidence self = copy;
+    self = *&self;
+    EXPECT_EQ(self, copy);
+    Evidence moved = std::move(copy);
+    EXPECT_EQ(moved.details().attachmentName, "IMG_1.jpg");
+}
+
+TEST(Evidence, AbsentDetailsEqualEmptyDetails) {
+    Evidence plain = message("f", 1);
+    Evidence touched = plain;
+    touched.detailsForWriting();
+    EXPECT_EQ(plain, touched);
+    EXPECT_EQ(touched, plain);
+    EXPECT_EQ(plain.details(), EvidenceDetails{});
+
+    touched.detailsForWriting().duration = 0.0;
+    EXPECT_NE(plain, touched);
+    EXPECT_NE(touched, plain);
+    // Reading through a shared empty instance must leave it empty for others.
+    EXPECT_FALSE(message("g", 2).details().duration);
 }
 
 TEST(Evidence, SortByDateFileAndPositionBreaksTiesByFileThenPosition) {

@@ -58,8 +58,8 @@ TEST(MetaSource, MessageFilesOfOneFolderMakeOneSource) {
     EXPECT_EQ(s.items[0].fileID, sha256Hex(kOlder));
     EXPECT_EQ(s.items[1].text, "Landed!");
     EXPECT_EQ(s.items[1].position, 2);
-    EXPECT_EQ(s.items[2].imageURL, scan.folder + "/facebook-sam/" + kPhotoUri);
-    EXPECT_EQ(s.items[2].attachmentID, sha256Hex("jpeg bytes"));
+    EXPECT_EQ(s.items[2].details().imageURL, scan.folder + "/facebook-sam/" + kPhotoUri);
+    EXPECT_EQ(s.items[2].details().attachmentID, sha256Hex("jpeg bytes"));
 
     ASSERT_EQ(scan.skipped.size(), 1u);
     EXPECT_EQ(scan.skipped[0], (SkippedFile{kInbox + "message_10.json",

@@ -45,11 +45,11 @@ TEST(QuillorySource, ExportFolderBecomesOneSourceWithItsAttachment) {
     EXPECT_EQ(s.files[1].path, "Sam/attachments/IMG_1.jpg");
     EXPECT_EQ(s.files[1].sha256, sha256Hex(kPhoto));
     ASSERT_EQ(s.items.size(), 2u);
-    EXPECT_EQ(s.items[0].imageURL, photo);
-    EXPECT_EQ(s.items[0].attachmentID, sha256Hex(kPhoto));
+    EXPECT_EQ(s.items[0].details().imageURL, photo);
+    EXPECT_EQ(s.items[0].details().attachmentID, sha256Hex(kPhoto));
     EXPECT_EQ(s.items[0].position, 2);
     EXPECT_EQ(s.items[1].position, 4);
-    EXPECT_FALSE(s.items[1].imageURL);
+    EXPECT_FALSE(s.items[1].details().imageURL);
 }
 
 TEST(QuillorySource, AttachmentNamesResolveInsideTheExportOnly) {
@@ -68,9 +68,9 @@ TEST(QuillorySource, AttachmentNamesResolveInsideTheExportOnly) {
         if (s.kind == SourceKind::quillory) export_ = &s;
     ASSERT_NE(export_, nullptr);
     ASSERT_EQ(export_->items.size(), 3u);
-    EXPECT_TRUE(export_->items[0].imageURL);
-    EXPECT_FALSE(export_->items[1].imageURL);
-    EXPECT_FALSE(export_->items[2].imageURL);
+    EXPECT_TRUE(export_->items[0].details().imageURL);
+    EXPECT_FALSE(export_->items[1].details().imageURL);
+    EXPECT_FALSE(export_->items[2].details().imageURL);
     ASSERT_EQ(export_->files.size(), 2u);
     EXPECT_EQ(export_->files[1].path, "Export/beside.jpg");
     // The loose photo beside the export is still the scan's to handle.

@@ -74,13 +74,13 @@ TEST(TelegramSource, WholeAccountGivesOneSourcePerChatWithItsOwnId) {
     ASSERT_EQ(sam->files.size(), 2u);
     EXPECT_EQ(sam->files[0], (FileRecord{kExport + "result.json", sha, (int64_t)json.size()}));
     EXPECT_EQ(sam->files[1], (FileRecord{photoPath, sha256Hex(photo), (int64_t)photo.size()}));
-    EXPECT_EQ(sam->items[1].imageURL, scan.folder + "/" + photoPath);
-    EXPECT_EQ(sam->items[1].attachmentID, sha256Hex(photo));
+    EXPECT_EQ(sam->items[1].details().imageURL, scan.folder + "/" + photoPath);
+    EXPECT_EQ(sam->items[1].details().attachmentID, sha256Hex(photo));
 
     // A missing photo leaves a plain message that names it.
     ASSERT_EQ(family->files.size(), 1u);
-    EXPECT_EQ(family->items.at(1).attachmentName, "chats/chat_003/photos/missing.jpg");
-    EXPECT_FALSE(family->items.at(1).imageURL);
+    EXPECT_EQ(family->items.at(1).details().attachmentName, "chats/chat_003/photos/missing.jpg");
+    EXPECT_FALSE(family->items.at(1).details().imageURL);
     EXPECT_EQ(skippedAt(scan, kExport + "result.json"), nullptr);
 }
 

@@ -62,9 +62,9 @@ TEST(WhatsAppSource, LooseChatLinksThePhotoBesideIt) {
     EXPECT_EQ(s.notes, std::vector<std::string>{kAmbiguous});
     ASSERT_EQ(s.items.size(), 3u);
     const Evidence& attached = s.items[1];
-    EXPECT_EQ(attached.attachmentName, kPhotoName);
-    EXPECT_EQ(attached.imageURL, photo);
-    EXPECT_EQ(attached.attachmentID, sha256Hex(kPhoto));
+    EXPECT_EQ(attached.details().attachmentName, kPhotoName);
+    EXPECT_EQ(attached.details().imageURL, photo);
+    EXPECT_EQ(attached.details().attachmentID, sha256Hex(kPhoto));
     EXPECT_EQ(attached.date, *Importer::makeDate(2025, 1, 5, 9, 4));
     EXPECT_EQ(s.items[2].text, "Bring the blue scarf\nit's cold here.");
     ASSERT_EQ(s.files.size(), 2u);
@@ -90,12 +90,12 @@ TEST(WhatsAppSource, MissingOrNonImageAttachmentsStayPlainMessages) {
     EXPECT_EQ(s->name, "Sam");
     EXPECT_TRUE(s->notes.empty());
     ASSERT_EQ(s->items.size(), 3u);
-    EXPECT_EQ(s->items[0].attachmentName, "missing.jpg");
-    EXPECT_EQ(s->items[1].attachmentName, "x-notes.pdf");
-    EXPECT_EQ(s->items[2].attachmentName, "x-clip.mp4");
+    EXPECT_EQ(s->items[0].details().attachmentName, "missing.jpg");
+    EXPECT_EQ(s->items[1].details().attachmentName, "x-notes.pdf");
+    EXPECT_EQ(s->items[2].details().attachmentName, "x-clip.mp4");
     for (const auto& item : s->items) {
-        EXPECT_FALSE(item.imageURL);
-        EXPECT_FALSE(item.attachmentID);
+        EXPECT_FALSE(item.details().imageURL);
+        EXPECT_FALSE(item.details().attachmentID);
     }
     EXPECT_EQ(s->files.size(), 1u);
     EXPECT_TRUE(result.skipped.empty());  // attached pdf and video are claimed too
@@ -201,15 +201,16 @@ TEST(WhatsAppSource, ZippedChatScansToTheSameItems) {
         EXPECT_EQ(s.items[i].sender, a.sources[0].items[i].sender);
         EXPECT_EQ(s.items[i].text, a.sources[0].items[i].text);
         EXPECT_EQ(s.items[i].position, a.sources[0].items[i].position);
-        EXPECT_EQ(s.items[i].attachmentName, a.sources[0].items[i].attachmentName);
-        EXPECT_EQ(s.items[i].attachmentID, a.sources[0].items[i].attachmentID);
+        EXPECT_EQ(s.items[i].details().attachmentName,
+                  a.sources[0].items[i].details().attachmentName);
+        EXPECT_EQ(s.items[i].details().attachmentID, a.sources[0].items[i].details().attachmentID);
     }
     EXPECT_EQ(s.notes, a.sources[0].notes);
 
     // Unpacked into the private cache, one folder per archive.
     std::string folder = cache.path() + "/kinfolio/whatsapp/" + sha256Hex(zipBytes).substr(0, 16);
     std::string photo = folder + "/WhatsApp Chat with Sam Lee/" + kPhotoName;
-    EXPECT_EQ(s.items[1].imageURL, photo);
+    EXPECT_EQ(s.items[1].details().imageURL, photo);
     EXPECT_EQ(testing::readFile(photo), kPhoto);
     EXPECT_FALSE(fs::exists(folder + "/__MACOSX"));
     struct stat st {};
@@ -333,7 +334,7 @@ TEST(WhatsAppSource, AttachmentNamesNeverReachOutsideTheExport) {
     const Source* chat = findKind(r, SourceKind::whatsapp);
     ASSERT_NE(chat, nullptr);
     EXPECT_EQ(chat->files.size(), 1u);
-    EXPECT_FALSE(chat->items[0].imageURL.has_value());
+    EXPECT_FALSE(chat->items[0].details().imageURL.has_value());
     // The file outside is left to the scan, which lists it on its own.
     ASSERT_EQ(r.skipped.size(), 1u);
     EXPECT_EQ(r.skipped[0].path, "outside.jpg");
