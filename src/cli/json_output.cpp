@@ -40,12 +40,13 @@ Json toJson(const FileRecord& file) {
     return Json{{"path", file.path}, {"sha256", file.sha256}, {"bytes", file.bytes}};
 }
 
-Json toJson(const Source& source) {
-    Json files = Json::array(), items = Json::array();
+namespace {
+
+// Everything of a source but its items, which come last.
+Json sourceHead(const Source& source) {
+    Json files = Json::array();
     for (const auto& f : source.files)
         files.push_back(toJson(f));
-    for (const auto& i : source.items)
-        items.push_back(toJson(i));
     Json j = Json::object();
     j["id"] = source.id;
     j["kind"] = rawValue(source.kind);
@@ -53,21 +54,68 @@ Json toJson(const Source& source) {
     j["detail"] = source.detail;
     j["files"] = std::move(files);
     j["notes"] = source.notes;
+    return j;
+}
+
+Json skippedJson(const ScanResult& scan) {
+    Json skipped = Json::array();
+    for (const auto& s : scan.skipped)
+        skipped.push_back(Json{{"path", s.path}, {"reason", s.reason}});
+    return skipped;
+}
+
+// `value` as dump(2) writes it nested `depth` levels deep.
+void writeNested(std::ostream& out, const Json& value, int depth) {
+    std::string pad(static_cast<size_t>(depth) * 2, ' ');
+    for (char c : value.dump(2)) {
+        out << c;
+        if (c == '\n') out << pad;
+    }
+}
+
+}  // namespace
+
+Json toJson(const Source& source) {
+    Json items = Json::array();
+    for (const auto& i : source.items)
+        items.push_back(toJson(i));
+    Json j = sourceHead(source);
     j["items"] = std::move(items);
     return j;
 }
 
 Json toJson(const ScanResult& scan) {
-    Json sources = Json::array(), skipped = Json::array();
+    Json sources = Json::array();
     for (const auto& s : scan.sources)
         sources.push_back(toJson(s));
-    for (const auto& s : scan.skipped)
-        skipped.push_back(Json{{"path", s.path}, {"reason", s.reason}});
     Json j = Json::object();
     j["folder"] = scan.folder;
     j["sources"] = std::move(sources);
-    j["skipped"] = std::move(skipped);
+    j["skipped"] = skippedJson(scan);
     return j;
+}
+
+void writeJson(std::ostream& out, const ScanResult& scan) {
+    out << "{\n  \"folder\": " << Json(scan.folder).dump() << ",\n  \"sources\": [";
+    for (size_t i = 0; i < scan.sources.size(); ++i) {
+        const Source& source = scan.sources[i];
+        out << (i ? "," : "") << "\n    {";
+        Json head = sourceHead(source);
+        for (const auto& [key, value] : head.items()) {
+            out << "\n      " << Json(key).dump() << ": ";
+            writeNested(out, value, 3);
+            out << ",";
+        }
+        out << "\n      \"items\": [";
+        for (size_t k = 0; k < source.items.size(); ++k) {
+            out << (k ? ",\n        " : "\n        ");
+            writeNested(out, toJson(source.items[k]), 4);
+        }
+        out << (source.items.empty() ? "]" : "\n      ]") << "\n    }";
+    }
+    out << (scan.sources.empty() ? "]" : "\n  ]") << ",\n  \"skipped\": ";
+    writeNested(out, skippedJson(scan), 1);
+    out << "\n}\n";
 }
 
 }  // namespace kinfolio::cli

@@ -35,7 +35,7 @@ int runScan(Invocation& inv) {
     if (!takeFolder(inv, folder)) return 2;
     ScanResult scan = scanFolder(inv, folder);
     if (inv.json)
-        inv.out << toJson(scan).dump(2) << "\n";
+        writeJson(inv.out, scan);
     else
         printScan(inv.out, scan);
     return 0;

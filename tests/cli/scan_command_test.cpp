@@ -5,6 +5,7 @@
 
 #include "app/example_folder.h"
 #include "cli/cli.h"
+#include "cli/json_output.h"
 #include "model/json.h"
 #include "scan/scanner.h"
 #include "support/temp_folder.h"
@@ -99,6 +100,28 @@ TEST(ScanCommand, JsonListsChatExportsWithPhotosAndTheTimeZoneNote) {
     EXPECT_EQ(messenger["items"][1]["dateText"], "2025-06-04 16:00:00");
     EXPECT_EQ(messenger["items"][1]["attachmentID"], Scanner::sha256Hex("messenger jpeg"));
     ::unsetenv("XDG_CONFIG_HOME");
+}
+
+}  // namespace
+}  // namespace kinfolio::cli
+
+namespace kinfolio::cli {
+namespace {
+
+// The streamed JSON of a scan is byte for byte what the JSON tree prints.
+TEST(ScanJson, StreamedOutputEqualsTheTree) {
+    testing::TempFolder temp;
+    std::string folder = temp.path() + "/materials";
+    ExampleFolder::write(folder);
+    ScanResult scan = Scanner::scan(folder, DateOrder::automatic, "Europe/London");
+    scan.skipped.push_back({"notes.docx", "Not a file type Kinfolio reads."});
+    scan.sources.push_back(Source{});  // a source without items or files
+    std::ostringstream streamed;
+    writeJson(streamed, scan);
+    EXPECT_EQ(streamed.str(), toJson(scan).dump(2) + "\n");
+    std::ostringstream empty;
+    writeJson(empty, ScanResult{});
+    EXPECT_EQ(empty.str(), toJson(ScanResult{}).dump(2) + "\n");
 }
 
 }  // namespace
