@@ -1,7 +1,7 @@
 #include <benchmark/benchmark.h>
 
-#include "importers/dates.h"
 #include "layout/pdf_exporter.h"
+#include "model/calendar.h"
 
 namespace kinfolio {
 namespace {
@@ -26,7 +26,7 @@ ExportInput chat(int count) {
     input.settings.partner = "Jordan Roe";
     input.settings.timeZoneID = "Europe/London";
     input.conversationCount = 1;
-    Instant start = *Importer::makeDate(2024, 1, 1, 8);
+    Instant start = *Calendar::makeDate(2024, 1, 1, 8);
     for (int i = 0; i < count; ++i) {
         Evidence e;
         e.fileID = file;

@@ -4,7 +4,7 @@
 
 #include <map>
 
-#include "importers/dates.h"
+#include "model/calendar.h"
 #include "selection/selection.h"
 
 namespace {
@@ -18,7 +18,7 @@ const ScanResult& syntheticScan(int64_t messages) {
     if (auto found = made.find(messages); found != made.end()) return found->second;
     ScanResult scan;
     scan.folder = "/materials";
-    const Instant start = *Importer::makeDate(2022, 1, 1);
+    const Instant start = *Calendar::makeDate(2022, 1, 1);
     const double span = 3 * 365 * 86400.0;
     const int64_t perChat = messages / kChats;
     for (int c = 0; c < kChats; ++c) {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "app/example_folder.h"
+#include "example/example_folder.h"
 #include "layout/export_flow.h"
 #include "model/files.h"
 #include "selection/selection.h"

@@ -1,5 +1,5 @@
-#include "app/example_folder.h"
 #include "cli/commands.h"
+#include "example/example_folder.h"
 
 namespace kinfolio::cli {
 

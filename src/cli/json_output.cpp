@@ -1,6 +1,6 @@
 #include "cli/json_output.h"
 
-#include "importers/dates.h"
+#include "model/calendar.h"
 
 namespace kinfolio::cli {
 
@@ -21,7 +21,7 @@ Json toJson(const Evidence& item) {
     j["id"] = item.id();
     j["kind"] = rawValue(item.kind);
     j["date"] = item.date;
-    j["dateText"] = Importer::format(item.date, "yyyy-MM-dd HH:mm:ss");
+    j["dateText"] = Calendar::format(item.date, "yyyy-MM-dd HH:mm:ss");
     j["dateIsEstimated"] = item.dateIsEstimated;
     j["sender"] = item.sender;
     j["text"] = item.text;

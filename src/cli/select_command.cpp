@@ -1,5 +1,5 @@
 #include "cli/commands.h"
-#include "importers/dates.h"
+#include "model/calendar.h"
 #include "model/text.h"
 #include "selection/selection.h"
 
@@ -14,7 +14,7 @@ std::string itemLine(const Evidence& item) {
     std::string text = replaceAll(replaceAll(item.text, "\r\n", " "), "\n", " ");
     text = replaceAll(text, "\r", " ");
     std::string line =
-        Importer::format(item.date, "yyyy-MM-dd HH:mm") + "  " +
+        Calendar::format(item.date, "yyyy-MM-dd HH:mm") + "  " +
         (item.sender.empty() ? "(" + std::string(rawValue(item.kind)) + ")" : item.sender);
     if (!text.empty()) line += "  " + prefixCodePoints(text, kTextPreview);
     return line;

@@ -1,7 +1,7 @@
 #include "importers/email.h"
 
-#include "importers/dates.h"
 #include "importers/mime.h"
+#include "model/calendar.h"
 #include "model/text.h"
 
 namespace kinfolio::Importer {
@@ -141,7 +141,7 @@ std::optional<Instant> emailDate(std::string_view value) {
     std::string text = *groupText(*m, 1) + " " + *groupText(*m, 2) + " " + *groupText(*m, 3) + " " +
                        *groupText(*m, 4) + ":" + *groupText(*m, 5) + ":" +
                        groupText(*m, 6).value_or("00");
-    return parse(text, "d MMM yyyy H:mm:ss");
+    return Calendar::parse(text, "d MMM yyyy H:mm:ss");
 }
 
 std::optional<Evidence> email(std::string_view message, const std::string& fileID,

@@ -2,7 +2,7 @@
 
 #include <cctype>
 
-#include "importers/dates.h"
+#include "model/calendar.h"
 #include "model/text.h"
 
 namespace kinfolio::Importer {
@@ -76,7 +76,7 @@ std::optional<Instant> lineDay(std::string_view line) {
     if (!m->matches(status)) return std::nullopt;
     // \d takes digits of every script; the expression bounds their number.
     auto number = [&](int n) { return static_cast<int>(decimalValue(*groupText(*m, n))); };
-    return makeDate(number(1), number(2), number(3));
+    return Calendar::makeDate(number(1), number(2), number(3));
 }
 
 LineChat line(std::string_view text, const std::string& fileID) {
@@ -110,11 +110,11 @@ LineChat line(std::string_view text, const std::string& fileID) {
                     for (char c : *marker)
                         clock += static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
                 }
-                auto time = parse(clock, marker ? "h:mm a" : "H:mm");
+                auto time = Calendar::parse(clock, marker ? "h:mm a" : "H:mm");
                 if (!time)
                     throw EvidenceError::invalid("Could not read the time on line " +
                                                  std::to_string(n) + ".");
-                CivilTime t = civil(*time);
+                Calendar::CivilTime t = Calendar::civil(*time);
                 Evidence e;
                 e.date = *day + t.hour * 3600 + t.minute * 60;
                 e.sender = *groupText(*m, 3);

@@ -29,7 +29,7 @@ std::optional<Instant> messageDate(std::string_view s) {
         int hour = digits(s, 11, 2), minute = digits(s, 14, 2), second = digits(s, 17, 2);
         if (year >= 1 && month >= 0 && day >= 0 && hour >= 0 && hour < 24 && minute >= 0 &&
             minute < 60 && second >= 0 && second < 60)
-            return makeDate(year, month, day, hour, minute, second);
+            return Calendar::makeDate(year, month, day, hour, minute, second);
     }
     return date(s, DateOrder::dayFirst);
 }

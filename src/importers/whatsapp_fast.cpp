@@ -249,7 +249,7 @@ std::optional<Instant> timestamp(std::string_view s, DateOrder order) {
     }
     int day = order == DateOrder::monthFirst ? b : a;
     int month = order == DateOrder::monthFirst ? a : b;
-    return makeDate(year, month, day, hour, minute, second);
+    return Calendar::makeDate(year, month, day, hour, minute, second);
 }
 
 std::optional<std::optional<DateOrder>> detectOrder(std::string_view text) {

@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <array>
 
-#include "importers/dates.h"
 #include "layout/layout.h"
+#include "model/calendar.h"
 #include "model/text.h"
 
 namespace kinfolio {
@@ -32,8 +32,8 @@ std::vector<Piece> Layout::cover(const std::map<std::string, int>& contentsPages
         auto [first, last] = std::minmax_element(
             input.items.begin(), input.items.end(),
             [](const Evidence& a, const Evidence& b) { return a.date < b.date; });
-        std::string from = Importer::format(first->date, "MMMM yyyy");
-        std::string to = Importer::format(last->date, "MMMM yyyy");
+        std::string from = Calendar::format(first->date, "MMMM yyyy");
+        std::string to = Calendar::format(last->date, "MMMM yyyy");
         info.push_back("Period: " + from + (from == to ? "" : " \u2013 " + to));
     }
     std::array<size_t, 7> kinds{};

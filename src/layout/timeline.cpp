@@ -2,9 +2,9 @@
 #include <array>
 #include <cmath>
 
-#include "importers/dates.h"
 #include "layout/graphemes.h"
 #include "layout/layout.h"
+#include "model/calendar.h"
 
 namespace kinfolio {
 
@@ -61,11 +61,11 @@ std::vector<Layout::Section> Layout::sections() const {
     }
     std::map<std::string, size_t> index;
     for (const auto& item : input.items) {
-        std::string key = Importer::monthKey(item.date);
+        std::string key = Calendar::monthKey(item.date);
         auto [it, added] = index.emplace(key, 0);
         if (added) {
             it->second = result.size();
-            result.push_back({key, Importer::format(item.date, "MMMM yyyy"), {}});
+            result.push_back({key, Calendar::format(item.date, "MMMM yyyy"), {}});
         }
         result[it->second].items.push_back(item);
     }
@@ -90,15 +90,15 @@ std::vector<Piece> Layout::timeline() {
 
         std::string month, day;
         for (const auto& item : section.items) {
-            if (s.arrangement == Arrangement::byType && Importer::monthKey(item.date) != month) {
-                month = Importer::monthKey(item.date);
-                auto sub = textBlock(Importer::format(item.date, "MMMM yyyy"), 12, true,
+            if (s.arrangement == Arrangement::byType && Calendar::monthKey(item.date) != month) {
+                month = Calendar::monthKey(item.date);
+                auto sub = textBlock(Calendar::format(item.date, "MMMM yyyy"), 12, true,
                                      Colours::ink, 2, contentWidth());
                 for (auto& piece : sub)
                     piece.keepWithNext = true;
                 append(pieces, std::move(sub));
             }
-            std::string dayText = Importer::format(item.date, "EEEE, MMMM d, yyyy");
+            std::string dayText = Calendar::format(item.date, "EEEE, MMMM d, yyyy");
             if (dayText != day) {
                 day = dayText;
                 pieces.push_back(daySeparator(dayText));
@@ -216,7 +216,7 @@ std::vector<Piece> Layout::pictures(const Evidence&) {
 
 std::vector<Piece> Layout::render(const Evidence& item) {
     const bool mine = !s.ownerName.empty() && item.sender == s.ownerName;
-    std::string when = Importer::format(item.date, "h:mm a");
+    std::string when = Calendar::format(item.date, "h:mm a");
     std::string where = sourceLabel(item) + ", entry " + std::to_string(item.position);
     std::string estimated = item.dateIsEstimated ? " · date estimated from the file" : "";
     auto line = [&](const std::string& lead) {
@@ -238,7 +238,7 @@ std::vector<Piece> Layout::render(const Evidence& item) {
             pieces.push_back(meta(line(redact(item.sender)), mine));
             std::string text = item.text.empty() ? "Call" : item.text;
             if (auto duration = item.details().duration; duration && *duration > 0)
-                text += " · " + Importer::duration(*duration);
+                text += " · " + Calendar::duration(*duration);
             append(pieces, bubble(redact(text), mine));
             space = 6;
             break;
@@ -281,7 +281,7 @@ std::vector<Piece> Layout::render(const Evidence& item) {
         case ItemKind::video: {
             std::string lead = "Video";
             if (auto duration = item.details().duration)
-                lead += ", " + Importer::duration(*duration);
+                lead += ", " + Calendar::duration(*duration);
             pieces.push_back(meta(line(lead), false));
             append(pieces, pictures(item));
             break;

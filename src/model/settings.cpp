@@ -7,7 +7,7 @@
 #include <chrono>
 #include <memory>
 
-#include "importers/dates.h"
+#include "model/calendar.h"
 
 namespace kinfolio {
 
@@ -89,7 +89,7 @@ int textInt(std::string_view text, std::string_view key) {
 }
 Instant textDate(std::string_view text, std::string_view key) {
     if (text.size() == 10)
-        if (auto d = Importer::date(std::string(text), DateOrder::dayFirst)) return *d;
+        if (auto d = Calendar::isoDay(text)) return *d;
     wrongType(key, "a date written yyyy-MM-dd");
 }
 [[noreturn]] void notScalar(std::string_view key) {

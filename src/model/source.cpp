@@ -4,7 +4,7 @@
 #include <array>
 #include <set>
 
-#include "importers/dates.h"
+#include "model/calendar.h"
 
 namespace kinfolio {
 
@@ -67,8 +67,8 @@ std::optional<std::pair<Instant, Instant>> Source::dateRange() const {
 std::string dateRangeSummary(const Source& source) {
     auto range = source.dateRange();
     if (!range) return "";
-    std::string first = Importer::format(range->first, "MMM yyyy");
-    std::string last = Importer::format(range->second, "MMM yyyy");
+    std::string first = Calendar::format(range->first, "MMM yyyy");
+    std::string last = Calendar::format(range->second, "MMM yyyy");
     std::string text = " · " + first;
     if (last != first) text += " – " + last;
     return text;

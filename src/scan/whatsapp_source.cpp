@@ -6,9 +6,9 @@
 #include <array>
 #include <filesystem>
 
-#include "importers/dates.h"
 #include "importers/whatsapp.h"
 #include "importers/whatsapp_fast.h"
+#include "model/calendar.h"
 #include "model/files.h"
 #include "model/text.h"
 #include "scan/attach.h"

@@ -4,7 +4,7 @@
 #include <array>
 #include <set>
 
-#include "importers/dates.h"
+#include "model/calendar.h"
 #include "model/text.h"
 #include "selection/selection.h"
 
@@ -36,8 +36,8 @@ Bucket bucketOf(const Evidence& item) {
 
 std::string monthName(int month) {
     int year = month >= 0 ? month / 12 : -((-month + 11) / 12);
-    Instant first = *Importer::makeDate(year, month - year * 12 + 1, 1);
-    return Importer::format(first, "MMM yyyy");
+    Instant first = *Calendar::makeDate(year, month - year * 12 + 1, 1);
+    return Calendar::format(first, "MMM yyyy");
 }
 
 }  // namespace

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <numeric>
 
-#include "importers/dates.h"
+#include "model/calendar.h"
 #include "selection/selection.h"
 
 namespace kinfolio::Selection {
@@ -56,7 +56,7 @@ void takeEvenly(const std::vector<size_t>& order, size_t first, size_t n, size_t
 }  // namespace
 
 int monthIndex(Instant date) {
-    Importer::CivilTime c = Importer::civil(date);
+    Calendar::CivilTime c = Calendar::civil(date);
     return c.year * 12 + c.month - 1;
 }
 

@@ -5,7 +5,7 @@
 #include <unordered_map>
 #include <unordered_set>
 
-#include "importers/dates.h"
+#include "model/calendar.h"
 #include "selection/sampling.h"
 
 namespace kinfolio::Selection {
@@ -129,8 +129,8 @@ ItemRefs proposedItems(const ScanResult& scan, const Settings& settings) {
 
 bool inRange(const Evidence& item, const Settings& settings) {
     if (!settings.limitDates) return true;
-    Instant start = Importer::startOfDay(settings.rangeStart);
-    Instant end = Importer::startOfDay(settings.rangeEnd) + kDay;
+    Instant start = Calendar::startOfDay(settings.rangeStart);
+    Instant end = Calendar::startOfDay(settings.rangeEnd) + kDay;
     return start <= item.date && item.date < end;
 }
 

@@ -4,8 +4,8 @@
 #include <filesystem>
 
 #include "app/app_model.h"
-#include "app/example_folder.h"
-#include "importers/dates.h"
+#include "example/example_folder.h"
+#include "model/calendar.h"
 #include "scan/scanner.h"
 #include "support/pdf_reader.h"
 #include "support/temp_folder.h"
@@ -172,8 +172,8 @@ TEST_F(AppModelWorkflow, ThreeHundredItemsPreviewTheFirst250AndExportAll) {
     // One message a day from 1 January 2025, numbered so each is found alone.
     std::string chat;
     for (int i = 1; i <= 300; ++i) {
-        Instant day = *Importer::makeDate(2025, 1, 1, 9, 0) + 86400.0 * (i - 1);
-        chat += "[" + Importer::format(day, "dd/MM/yyyy, HH:mm:ss") + "] " +
+        Instant day = *Calendar::makeDate(2025, 1, 1, 9, 0) + 86400.0 * (i - 1);
+        chat += "[" + Calendar::format(day, "dd/MM/yyyy, HH:mm:ss") + "] " +
                 (i % 2 ? "Sam Lee" : "Alex Morgan") + ": Note " + std::to_string(i) + " of 300.\n";
     }
     std::string folder = temp.path() + "/materials";
@@ -211,14 +211,14 @@ TEST_F(AppModelWorkflow, ADateOrderChangeRescansAndClosingGoesBackToTheStart) {
     model->chooseFolder(temp.path() + "/materials");
     executor.settle();
     ASSERT_EQ(s.candidates.size(), 2u);
-    EXPECT_EQ(Importer::monthKey(s.candidates[0].date), "2025-04");
+    EXPECT_EQ(Calendar::monthKey(s.candidates[0].date), "2025-04");
 
     model->updateSettings([](Settings& x) { x.dateOrder = DateOrder::monthFirst; });
     EXPECT_EQ(s.phase, Phase::scanning);
     executor.settle();
     EXPECT_EQ(s.phase, Phase::ready);
     ASSERT_EQ(s.candidates.size(), 2u);
-    EXPECT_EQ(Importer::monthKey(s.candidates[0].date), "2025-03");
+    EXPECT_EQ(Calendar::monthKey(s.candidates[0].date), "2025-03");
 
     model->closeFolder();
     EXPECT_EQ(s.phase, Phase::needsFolder);

@@ -3,9 +3,9 @@
 #include <filesystem>
 #include <sstream>
 
-#include "app/example_folder.h"
 #include "cli/cli.h"
 #include "cli/json_output.h"
+#include "example/example_folder.h"
 #include "model/json.h"
 #include "scan/scanner.h"
 #include "support/temp_folder.h"

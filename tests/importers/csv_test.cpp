@@ -2,11 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include "importers/dates.h"
+#include "model/calendar.h"
 #include "support/evidence_error.h"
 
 namespace kinfolio::Importer {
 namespace {
+
+using namespace Calendar;
 
 std::string written(Instant t) {
     return format(t, "yyyy-MM-dd HH:mm:ss");

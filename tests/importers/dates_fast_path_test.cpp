@@ -2,11 +2,15 @@
 // cases hold it to the answers of the ICU patterns it stands in for.
 #include <gtest/gtest.h>
 
+#include "model/calendar.h"
+
 #include "importers/dates.h"
 #include "model/text.h"
 
 namespace kinfolio::Importer {
 namespace {
+
+using namespace Calendar;
 
 struct Case {
     const char* text;

@@ -2,11 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include "model/calendar.h"
+
 #include <algorithm>
 #include <cmath>
 
 namespace kinfolio::Importer {
 namespace {
+
+using namespace Calendar;
 
 std::string written(std::optional<Instant> t) {
     return t ? format(*t, "yyyy-MM-dd HH:mm:ss") : "none";

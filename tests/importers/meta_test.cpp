@@ -4,12 +4,14 @@
 
 #include <memory>
 
-#include "importers/dates.h"
+#include "model/calendar.h"
 #include "model/text.h"
 #include "support/evidence_error.h"
 
 namespace kinfolio::Importer {
 namespace {
+
+using namespace Calendar;
 
 const std::string kFile = "feed01";
 

@@ -2,11 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include "importers/dates.h"
+#include "model/calendar.h"
 #include "support/evidence_error.h"
 
 namespace kinfolio::Importer {
 namespace {
+
+using namespace Calendar;
 
 const std::string kFile = "ab12cd";
 

@@ -2,13 +2,15 @@
 
 #include <gtest/gtest.h>
 
-#include "importers/dates.h"
 #include "importers/whatsapp_line.h"
+#include "model/calendar.h"
 #include "support/evidence_error.h"
 #include "support/temp_folder.h"
 
 namespace kinfolio::Importer {
 namespace {
+
+using namespace Calendar;
 
 Instant at(int y, int mo, int d, int h, int mi, int s = 0) {
     return *makeDate(y, mo, d, h, mi, s);

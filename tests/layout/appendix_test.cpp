@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "importers/dates.h"
 #include "layout/layout.h"
+#include "model/calendar.h"
 #include "support/pdf_reader.h"
 
 namespace kinfolio {
@@ -17,7 +17,7 @@ ExportInput oneMessage() {
     input.settings.timeZoneID = "Europe/London";
     input.files[kChat] = {"chat.txt", kChat, 999};
     input.conversationCount = 1;
-    input.items.push_back(message(kChat, 4, *Importer::makeDate(2025, 5, 6, 7, 8), "Jo", "Hi"));
+    input.items.push_back(message(kChat, 4, *Calendar::makeDate(2025, 5, 6, 7, 8), "Jo", "Hi"));
     return input;
 }
 

@@ -12,8 +12,8 @@
 #endif
 #include <cstdio>
 
-#include "importers/dates.h"
 #include "layout/typesetter.h"
+#include "model/calendar.h"
 #include "support/evidence_error.h"
 #include "support/pdf_reader.h"
 
@@ -27,7 +27,7 @@ const std::string kChat = std::string(64, 'a');
 const std::string kMail = std::string(64, 'b');
 
 Instant at(int month, int day, int hour, int minute = 0) {
-    return *Importer::makeDate(2025, month, day, hour, minute);
+    return *Calendar::makeDate(2025, month, day, hour, minute);
 }
 
 // A couple's chat over three months, long enough for several pages, and an e-mail.

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "importers/dates.h"
 #include "layout/layout.h"
+#include "model/calendar.h"
 #include "support/pdf_reader.h"
 
 namespace kinfolio {
@@ -13,7 +13,7 @@ using testing::readPDF;
 const std::string kFile = std::string(64, 'f');
 
 Evidence item(ItemKind kind, int month, int day, const std::string& sender = "") {
-    Evidence e = message(kFile, month * 100 + day, *Importer::makeDate(2025, month, day, 12),
+    Evidence e = message(kFile, month * 100 + day, *Calendar::makeDate(2025, month, day, 12),
                          sender, "text");
     e.kind = kind;
     return e;

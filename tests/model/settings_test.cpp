@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "importers/dates.h"
+#include "model/calendar.h"
 #include "support/evidence_error.h"
 
 namespace kinfolio {
@@ -40,7 +40,7 @@ TEST(Settings, EncodesEveryKeyInFieldOrder) {
 TEST(Settings, RoundTripsThroughJson) {
     Settings s = Settings::defaults();
     s.applicant = "Sam Lee";
-    s.rangeStart = *Importer::makeDate(2024, 3, 1);
+    s.rangeStart = *Calendar::makeDate(2024, 3, 1);
     s.paper = PaperSize::letter;
     s.arrangement = Arrangement::byType;
     s.dateOrder = DateOrder::monthFirst;
@@ -84,7 +84,7 @@ TEST(Settings, PartialSettingsApplyOverTheBaseAndNameTheBadKey) {
 TEST(Settings, SetFieldReadsScalarsFromText) {
     Settings s = Settings::defaults();
     setField(s, "rangeStart", "2025-01-31");
-    EXPECT_EQ(Importer::format(s.rangeStart, "yyyy-MM-dd HH:mm"), "2025-01-31 00:00");
+    EXPECT_EQ(Calendar::format(s.rangeStart, "yyyy-MM-dd HH:mm"), "2025-01-31 00:00");
     setField(s, "limitDates", "true");
     EXPECT_TRUE(s.limitDates);
     setField(s, "maxFileMB", "10");

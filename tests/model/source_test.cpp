@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "importers/dates.h"
+#include "model/calendar.h"
 
 namespace kinfolio {
 namespace {
@@ -16,7 +16,7 @@ Evidence item(ItemKind kind, std::string sender, Instant date) {
 }
 
 Instant day(int y, int m, int d) {
-    return *Importer::makeDate(y, m, d);
+    return *Calendar::makeDate(y, m, d);
 }
 
 TEST(Source, SendersAreDistinctMessageSendersInOrderOfFirstAppearance) {

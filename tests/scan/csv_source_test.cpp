@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "importers/dates.h"
+#include "model/calendar.h"
 #include "scan/scanner.h"
 #include "support/temp_folder.h"
 
@@ -20,7 +20,7 @@ ScanResult scanOne(const std::string& name, const std::string& text, DateOrder o
 }
 
 std::string firstDate(const ScanResult& result) {
-    return Importer::format(result.sources.at(0).items.at(0).date, "yyyy-MM-dd HH:mm");
+    return Calendar::format(result.sources.at(0).items.at(0).date, "yyyy-MM-dd HH:mm");
 }
 
 TEST(CsvSource, ChatSpreadsheetIsNamedAfterItsFile) {

@@ -5,7 +5,7 @@
 
 #include <filesystem>
 
-#include "importers/dates.h"
+#include "model/calendar.h"
 #include "support/temp_folder.h"
 
 namespace kinfolio::Scanner {
@@ -126,7 +126,7 @@ Evidence item(ItemKind kind, std::string sender, int day) {
     Evidence e;
     e.kind = kind;
     e.sender = std::move(sender);
-    e.date = *Importer::makeDate(2025, 1, day);
+    e.date = *Calendar::makeDate(2025, 1, day);
     return e;
 }
 

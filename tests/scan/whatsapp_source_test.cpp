@@ -9,7 +9,7 @@
 #include <sstream>
 
 #include "cli/cli.h"
-#include "importers/dates.h"
+#include "model/calendar.h"
 #include "model/json.h"
 #include "scan/scanner.h"
 #include "support/temp_folder.h"
@@ -65,7 +65,7 @@ TEST(WhatsAppSource, LooseChatLinksThePhotoBesideIt) {
     EXPECT_EQ(attached.details().attachmentName, kPhotoName);
     EXPECT_EQ(attached.details().imageURL, photo);
     EXPECT_EQ(attached.details().attachmentID, sha256Hex(kPhoto));
-    EXPECT_EQ(attached.date, *Importer::makeDate(2025, 1, 5, 9, 4));
+    EXPECT_EQ(attached.date, *Calendar::makeDate(2025, 1, 5, 9, 4));
     EXPECT_EQ(s.items[2].text, "Bring the blue scarf\nit's cold here.");
     ASSERT_EQ(s.files.size(), 2u);
     EXPECT_EQ(s.files[0].path, "Trip to Lisbon/_chat.txt");
@@ -113,7 +113,7 @@ TEST(WhatsAppSource, AndroidExportWithTitleLineAndBothDashes) {
     EXPECT_EQ(s.name, "Sam Lee");
     EXPECT_EQ(s.notes, std::vector<std::string>{"Ignored header line 1."});
     ASSERT_EQ(s.items.size(), 2u);
-    EXPECT_EQ(s.items[0].date, *Importer::makeDate(2025, 1, 5, 21, 4));
+    EXPECT_EQ(s.items[0].date, *Calendar::makeDate(2025, 1, 5, 21, 4));
     EXPECT_EQ(s.items[1].sender, "Alex");
 }
 
@@ -123,15 +123,15 @@ TEST(WhatsAppSource, AutomaticOrderUsesWhatTheDatesTell) {
     auto result = scanFolder(tmp.path());
     ASSERT_EQ(result.sources.size(), 1u);
     EXPECT_TRUE(result.sources[0].notes.empty());
-    EXPECT_EQ(result.sources[0].items[0].date, *Importer::makeDate(2025, 1, 5, 9, 0));
+    EXPECT_EQ(result.sources[0].items[0].date, *Calendar::makeDate(2025, 1, 5, 9, 0));
 
     TempFolder us;
     us.write("b/_chat.txt", "[05/01/2025, 09:00:00] Sam: a\n[01/14/2025, 09:00:00] Sam: b\n");
     auto monthFirst = scanFolder(us.path());
     ASSERT_EQ(monthFirst.sources.size(), 1u);
     const auto& items = monthFirst.sources[0].items;  // in date order
-    EXPECT_EQ(items[0].date, *Importer::makeDate(2025, 1, 14, 9, 0));
-    EXPECT_EQ(items[1].date, *Importer::makeDate(2025, 5, 1, 9, 0));
+    EXPECT_EQ(items[0].date, *Calendar::makeDate(2025, 1, 14, 9, 0));
+    EXPECT_EQ(items[1].date, *Calendar::makeDate(2025, 5, 1, 9, 0));
     EXPECT_EQ(items[1].position, 1);
 }
 

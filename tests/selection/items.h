@@ -4,14 +4,14 @@
 #include <utility>
 #include <vector>
 
-#include "importers/dates.h"
+#include "model/calendar.h"
 #include "model/source.h"
 
 // Small builders for the synthetic scans of the selection tests.
 namespace kinfolio::testing {
 
 inline Instant at(int year, int month, int day, int hour = 12, int minute = 0, int second = 0) {
-    return *Importer::makeDate(year, month, day, hour, minute, second);
+    return *Calendar::makeDate(year, month, day, hour, minute, second);
 }
 
 inline Evidence item(ItemKind kind, std::string fileID, int64_t position, Instant date,

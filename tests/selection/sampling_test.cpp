@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <random>
 
-#include "importers/dates.h"
+#include "model/calendar.h"
 #include "selection/items.h"
 #include "selection/selection.h"
 
@@ -89,8 +89,8 @@ TEST(MonthIndex, GroupsAndOrdersExactlyAsTheFormattedMonthKey) {
         int m = Selection::monthIndex(t);
         char key[16];
         std::snprintf(key, sizeof key, "%04d-%02d", m / 12, m % 12 + 1);
-        ASSERT_EQ(key, Importer::monthKey(t)) << "at " << t;
-        ASSERT_EQ(key, Importer::format(t, "yyyy-MM")) << "at " << t;
+        ASSERT_EQ(key, Calendar::monthKey(t)) << "at " << t;
+        ASSERT_EQ(key, Calendar::format(t, "yyyy-MM")) << "at " << t;
     }
 }
 

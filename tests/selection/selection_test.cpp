@@ -6,7 +6,7 @@
 #include <map>
 #include <random>
 
-#include "importers/dates.h"
+#include "model/calendar.h"
 #include "selection/items.h"
 
 namespace kinfolio {
@@ -261,7 +261,7 @@ IdSet sample(std::vector<Evidence> items, int perMonth) {
     if (perMonth < 1) return taken;
     std::map<std::string, std::vector<Evidence>> months;
     for (const auto& e : items)
-        months[Importer::format(e.date, "yyyy-MM")].push_back(e);
+        months[Calendar::format(e.date, "yyyy-MM")].push_back(e);
     for (auto& [key, group] : months) {
         sortByDateAndPosition(group);
         size_t n = group.size(), k = static_cast<size_t>(perMonth);

@@ -1,6 +1,6 @@
 #include "support/zip_writer.h"
 
-#include "app/zip_writer.h"
+#include "example/zip_writer.h"
 
 #include <zlib.h>
 

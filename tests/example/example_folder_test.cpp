@@ -1,4 +1,4 @@
-#include "app/example_folder.h"
+#include "example/example_folder.h"
 
 #include <gtest/gtest.h>
 
@@ -193,8 +193,8 @@ TEST_F(ExampleFolderTest, TheMailFilesAreRecognisedAsEmail) {
 TEST_F(ExampleFolderTest, TheChatsSpanAboutFourteenMonths) {
     auto messages = whatsappMessages(
         testing::zipEntries(file("WhatsApp Chat - Jonas Berg.zip"))["_chat.txt"], true);
-    EXPECT_EQ(Importer::monthKey(messages.front().date), "2024-03");
-    EXPECT_EQ(Importer::monthKey(messages.back().date), "2025-04");
+    EXPECT_EQ(Calendar::monthKey(messages.front().date), "2024-03");
+    EXPECT_EQ(Calendar::monthKey(messages.back().date), "2025-04");
 }
 
 // What a user sees after choosing the example folder: every export read, one

@@ -1,10 +1,10 @@
-#include "app/example_parts.h"
-#include "importers/dates.h"
+#include "example/example_parts.h"
+#include "model/calendar.h"
 
 namespace kinfolio::ExampleFolder {
 
 Instant at(int year, int month, int day, int hour, int minute, int second) {
-    return *Importer::makeDate(year, month, day, hour, minute, second);
+    return *Calendar::makeDate(year, month, day, hour, minute, second);
 }
 
 void addSpreadsheets(Files& out) {

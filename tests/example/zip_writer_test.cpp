@@ -1,4 +1,4 @@
-#include "app/zip_writer.h"
+#include "example/zip_writer.h"
 
 #include <gtest/gtest.h>
 

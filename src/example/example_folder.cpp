@@ -1,9 +1,9 @@
-#include "app/example_folder.h"
+#include "example/example_folder.h"
 
 #include <algorithm>
 #include <filesystem>
 
-#include "app/example_parts.h"
+#include "example/example_parts.h"
 #include "model/files.h"
 
 namespace kinfolio::ExampleFolder {

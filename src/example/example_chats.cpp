@@ -1,6 +1,6 @@
-#include "app/example_parts.h"
-#include "app/zip_writer.h"
-#include "importers/dates.h"
+#include "example/example_parts.h"
+#include "example/zip_writer.h"
+#include "model/calendar.h"
 #include "model/json.h"
 
 namespace kinfolio::ExampleFolder {
@@ -59,8 +59,8 @@ std::vector<Line> iphoneChat() {
 std::string whatsAppText(const std::vector<Line>& lines, bool iphone) {
     std::string out;
     for (const auto& l : lines) {
-        std::string prefix = iphone ? "[" + Importer::format(l.date, "dd/MM/yyyy, HH:mm:ss") + "] "
-                                    : Importer::format(l.date, "dd/MM/yyyy, HH:mm") + " - ";
+        std::string prefix = iphone ? "[" + Calendar::format(l.date, "dd/MM/yyyy, HH:mm:ss") + "] "
+                                    : Calendar::format(l.date, "dd/MM/yyyy, HH:mm") + " - ";
         out += prefix + (l.sender.empty() ? "" : l.sender + ": ") + l.text + "\n";
     }
     return out;
@@ -92,7 +92,7 @@ Json telegramMessage(int id, Instant date, const char* from, Json text) {
     Json m = Json::object();
     m["id"] = id;
     m["type"] = "message";
-    m["date"] = Importer::format(date, "yyyy-MM-dd'T'HH:mm:ss");
+    m["date"] = Calendar::format(date, "yyyy-MM-dd'T'HH:mm:ss");
     m["date_unixtime"] = std::to_string(static_cast<long long>(unixFromInstant(date)));
     m["from"] = from;
     m["from_id"] = std::string(from) == kMaya ? "user5120447731" : "user6034519902";
@@ -112,7 +112,7 @@ Json telegramCall(int id, Instant date, const char* actor, int seconds, const ch
     Json m = Json::object();
     m["id"] = id;
     m["type"] = "service";
-    m["date"] = Importer::format(date, "yyyy-MM-dd'T'HH:mm:ss");
+    m["date"] = Calendar::format(date, "yyyy-MM-dd'T'HH:mm:ss");
     m["date_unixtime"] = std::to_string(static_cast<long long>(unixFromInstant(date)));
     m["actor"] = actor;
     m["actor_id"] = std::string(actor) == kMaya ? "user5120447731" : "user6034519902";

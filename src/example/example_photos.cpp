@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "app/example_parts.h"
+#include "example/example_parts.h"
 
 namespace kinfolio::ExampleFolder {
 
