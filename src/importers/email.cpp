@@ -1,5 +1,7 @@
 #include "importers/email.h"
 
+#include <algorithm>
+
 #include "importers/mime.h"
 #include "model/calendar.h"
 #include "model/text.h"
@@ -37,6 +39,14 @@ std::string_view headerValue(const EmailHeaders& headers, const std::string& nam
 }
 
 bool looksLikeEmail(std::string_view text) {
+    // The first line is "From " or a header field: a name of printable
+    // characters without spaces, then a colon.
+    std::string_view first = text.substr(0, text.find_first_of("\r\n"));
+    size_t colon = first.find(':');
+    bool headerLine = colon != npos && colon > 0 &&
+                      std::all_of(first.begin(), first.begin() + colon,
+                                  [](char c) { return c > ' ' && c <= '~'; });
+    if (!startsWith(first, "From ") && !headerLine) return false;
     std::string head = asciiLower(prefixCodePoints(text, 8000));
     auto has = [&](std::string_view s) { return head.find(s) != std::string::npos; };
     bool sender = startsWith(head, "from ") || has("\nfrom:") || startsWith(head, "from:");

@@ -20,6 +20,9 @@ using EmailHeaders = std::map<std::string, std::string>;
 // The value of a header by its lowercased name; empty when absent.
 std::string_view headerValue(const EmailHeaders& headers, const std::string& name);
 
+// An e-mail or a mailbox: the text starts with a mailbox's "From " line or
+// with a header line, and its head holds a sender, a date and a subject or
+// recipient. A chat that quotes an e-mail further down is not one.
 bool looksLikeEmail(std::string_view text);
 
 // Hands each message of a mailbox (or the one message of an .eml) to

@@ -13,14 +13,27 @@ std::string written(Instant t) {
     return format(t, "yyyy-MM-dd HH:mm:ss");
 }
 
-TEST(LooksLikeEmail, NeedsSenderDateAndSubjectOrRecipient) {
-    EXPECT_TRUE(looksLikeEmail("From: Sam <sam@example.com>\nDate: 6 Jan 2025 09:05\nSubject: Hi"));
-    EXPECT_TRUE(looksLikeEmail("Received: x\nFROM: a\nDATE: b\nTO: c\n"));
-    EXPECT_TRUE(looksLikeEmail("From sam Mon Jan  6 09:00:00 2025\nDate: x\nTo: y\n"));
-    EXPECT_FALSE(looksLikeEmail("From: a\nSubject: b\n"));         // no date
-    EXPECT_FALSE(looksLikeEmail("Date: x\nSubject: b\nTo: c\n"));  // no sender
-    EXPECT_FALSE(looksLikeEmail("From: a\nDate: b\nCc: c\n"));     // neither subject nor to
-    EXPECT_FALSE(looksLikeEmail("[06/01/2025, 09:05:00] Sam: From: me, Date: today"));
+TEST(LooksLikeEmail, StartsWithHeadersAndHasSenderDateAndSubjectOrRecipient) {
+    struct Case {
+        std::string_view text;
+        bool email;
+    } cases[] = {
+        {"From: Sam <sam@example.com>\nDate: 6 Jan 2025 09:05\nSubject: Hi", true},
+        {"Received: x\nFROM: a\nDATE: b\nTO: c\n", true},
+        {"From sam Mon Jan  6 09:00:00 2025\nDate: x\nTo: y\n", true},
+        {"From: a\nSubject: b\n", false},         // no date
+        {"Date: x\nSubject: b\nTo: c\n", false},  // no sender
+        {"From: a\nDate: b\nCc: c\n", false},     // neither subject nor to
+        {"[06/01/2025, 09:05:00] Sam: From: me, Date: today", false},
+        // A chat that quotes a booking e-mail is still a chat: what a file
+        // starts with decides.
+        {"05/01/2025, 09:00 - Sam: look\nFrom: Air <a@b.c>\nDate: Sun, 5 Jan 2025 08:00\n"
+         "Subject: Your booking\n",
+         false},
+        {"Dear Sam,\nFrom: a\nDate: b\nTo: c\n", false},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(looksLikeEmail(c.text), c.email) << c.text;
 }
 
 TEST(LooksLikeEmail, LooksOnlyAtTheFirst8000Characters) {

@@ -1,9 +1,11 @@
 #include "scan/scanner.h"
 
 #include <gtest/gtest.h>
+
 #include <unistd.h>
 
 #include <filesystem>
+#include <map>
 
 #include "model/calendar.h"
 #include "support/temp_folder.h"
@@ -98,6 +100,29 @@ TEST(Scan, GivesEachUnusableFileItsReason) {
     EXPECT_EQ(r.skipped, expected);
     EXPECT_EQ(r.folder, dir.path());
     EXPECT_EQ(testing::folderFingerprint(dir.path()), before);
+}
+
+// A text file is read as what it starts with: an e-mail by its headers or a
+// mailbox line, a chat by its first message line, whatever it quotes below.
+TEST(Scan, RoutesATextFileByWhatItStartsWith) {
+    TempFolder dir;
+    dir.write(
+        "booking.txt",
+        "05/01/2025, 09:00 - Sam: look what came\nFrom: Air <a@b.c>\n"
+        "Date: Sun, 5 Jan 2025 08:00\nSubject: Your booking\n05/01/2025, 09:01 - Alex: great\n");
+    dir.write("mail.txt",
+              "From: Sam <sam@example.com>\nTo: Alex <alex@example.com>\n"
+              "Date: Sun, 5 Jan 2025 08:00:00 +0000\nSubject: Flights\n\nBooked.\n");
+    dir.write("line.txt", "2025/06/14(Sat)\n09:15\tSam Lee\tHi\n");
+    ScanResult r = scan(dir.path(), DateOrder::automatic, "UTC");
+    EXPECT_TRUE(r.skipped.empty());
+    std::map<std::string, SourceKind> kinds;
+    for (const auto& source : r.sources)
+        kinds[source.files.at(0).path] = source.kind;
+    std::map<std::string, SourceKind> expected = {{"booking.txt", SourceKind::whatsapp},
+                                                  {"mail.txt", SourceKind::emails},
+                                                  {"line.txt", SourceKind::line}};
+    EXPECT_EQ(kinds, expected);
 }
 
 TEST(Scan, AnEmptyFolderGivesNothing) {
