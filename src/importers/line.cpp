@@ -66,6 +66,11 @@ bool isCallNotice(const std::string& text) {
 
 }  // namespace
 
+bool looksLikeLine(std::string_view text) {
+    if (startsWith(text, "[LINE]")) return true;
+    return lineDay(text.substr(0, text.find_first_of("\r\n"))).has_value();
+}
+
 std::optional<Instant> lineDay(std::string_view line) {
     static const Regex dayHeader(
         "^(?:[A-Za-z]{3,9},?\\s+)?(\\d{4})[/.\\-](\\d{1,2})[/.\\-](\\d{1,2})"

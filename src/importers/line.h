@@ -12,6 +12,9 @@ namespace kinfolio::Importer {
 
 // The day of a day-header line ("Sat, 2025/06/14", "2025/06/14(Sat)"), or none.
 std::optional<Instant> lineDay(std::string_view line);
+// A LINE export: its header line starts with "[LINE]", or its first line is
+// a day line.
+bool looksLikeLine(std::string_view text);
 
 struct LineChat {
     std::string title;  // the chat's name from the "[LINE]" title line; may be empty

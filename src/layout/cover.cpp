@@ -36,7 +36,7 @@ std::vector<Piece> Layout::cover(const std::map<std::string, int>& contentsPages
         std::string to = Calendar::format(last->date, "MMMM yyyy");
         info.push_back("Period: " + from + (from == to ? "" : " \u2013 " + to));
     }
-    std::array<size_t, 7> kinds{};
+    std::array<size_t, kItemKindCount> kinds{};
     size_t messages = 0;
     for (const auto& item : input.items) {
         ++kinds[static_cast<size_t>(item.kind)];

@@ -6,9 +6,10 @@
 namespace kinfolio {
 
 namespace {
-constexpr std::array<std::string_view, 7> kItemKindNames = {
+constexpr std::array<std::string_view, kItemKindCount> kItemKindNames = {
     "message", "call", "photo", "screenshot", "video", "document", "email"};
-}
+static_assert(!kItemKindNames.back().empty(), "every item kind needs its name");
+}  // namespace
 
 std::string_view rawValue(ItemKind kind) {
     return kItemKindNames[static_cast<size_t>(kind)];

@@ -27,7 +27,16 @@ inline double unixFromInstant(Instant t) {
     return t + kReferenceEpochOffset;
 }
 
-enum class ItemKind : uint8_t { message, call, photo, screenshot, video, document, email };
+enum class ItemKind : uint8_t {
+    message,
+    call,
+    photo,
+    screenshot,
+    video,
+    document,
+    email,  // keep last: kItemKindCount counts up to it
+};
+inline constexpr size_t kItemKindCount = static_cast<size_t>(ItemKind::email) + 1;
 
 std::string_view rawValue(ItemKind kind);
 std::optional<ItemKind> itemKindFromRaw(std::string_view raw);

@@ -10,7 +10,7 @@ namespace kinfolio {
 
 namespace {
 
-constexpr std::array<SourceKindInfo, 12> kKinds = {{
+constexpr std::array<SourceKindInfo, kSourceKindCount> kKinds = {{
     {"whatsapp", true, "Chats", "WhatsApp", "phone.fill", Colour{0.15, 0.83, 0.4}},
     {"telegram", true, "Chats", "Telegram", "paperplane.fill", Colour{0.16, 0.67, 0.93}},
     {"messenger", true, "Chats", "Messenger", "bolt.fill", Colour{0.0, 0.52, 1.0}},
@@ -18,12 +18,13 @@ constexpr std::array<SourceKindInfo, 12> kKinds = {{
     {"line", true, "Chats", "LINE", "bubble.left.fill", Colour{0.02, 0.78, 0.33}},
     {"quillory", true, "Chats", "iMessage", "message.fill", Colour{0.2, 0.78, 0.35}},
     {"chatCSV", true, "Chats", "Chats", "tablecells", Colour{0.45, 0.45, 0.5}},
-    {"photos", false, "Photos", "Photos", std::nullopt, std::nullopt},
-    {"screenshots", false, "Screenshots", "Screenshots", std::nullopt, std::nullopt},
-    {"videos", false, "Videos", "Videos", std::nullopt, std::nullopt},
-    {"documents", false, "Documents", "Documents", std::nullopt, std::nullopt},
-    {"emails", false, "Emails", "Emails", std::nullopt, std::nullopt},
+    {"photos", false, "Photos", "Photos", std::nullopt, std::nullopt, "photo"},
+    {"screenshots", false, "Screenshots", "Screenshots", std::nullopt, std::nullopt, "screenshot"},
+    {"videos", false, "Videos", "Videos", std::nullopt, std::nullopt, "video"},
+    {"documents", false, "Documents", "Documents", std::nullopt, std::nullopt, "document"},
+    {"emails", false, "Emails", "Emails", std::nullopt, std::nullopt, "email"},
 }};
+static_assert(!kKinds.back().raw.empty(), "every source kind needs its line");
 
 constexpr std::array<std::string_view, 6> kGroupTitles = {"Chats",  "Photos",    "Screenshots",
                                                           "Videos", "Documents", "Emails"};

@@ -23,8 +23,9 @@ enum class SourceKind {
     screenshots,
     videos,
     documents,
-    emails,
+    emails,  // keep last: kSourceKindCount counts up to it
 };
+inline constexpr size_t kSourceKindCount = static_cast<size_t>(SourceKind::emails) + 1;
 
 struct Colour {
     double r = 0, g = 0, b = 0;
@@ -38,6 +39,8 @@ struct SourceKindInfo {
     std::string_view badgeLabel;
     std::optional<std::string_view> badgeIcon;  // chat kinds only
     std::optional<Colour> badgeColour;
+    // One item of a media group ("photo"; the plural adds "s"); chats have none.
+    std::string_view itemNoun = {};
 };
 
 const SourceKindInfo& info(SourceKind kind);

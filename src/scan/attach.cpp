@@ -3,10 +3,10 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <array>
 #include <filesystem>
 
 #include "model/text.h"
+#include "scan/routes.h"
 
 namespace kinfolio::Scanner {
 
@@ -14,31 +14,12 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::array<std::string_view, 9> kImageTypes = {"jpg", "jpeg", "heic", "heif", "png",
-                                                         "gif", "tif",  "tiff", "webp"};
-constexpr std::array<std::string_view, 5> kVideoTypes = {"mov", "mp4", "m4v", "3gp", "avi"};
-
-std::string extensionOf(const std::string& path) {
-    std::string ext = fs::path(path).extension().string();
-    return asciiLower(ext.empty() ? ext : ext.substr(1));
-}
-
 bool isRegularFile(const std::string& path) {
     struct stat st {};
     return ::lstat(path.c_str(), &st) == 0 && S_ISREG(st.st_mode);
 }
 
 }  // namespace
-
-bool isImageType(const std::string& path) {
-    auto ext = extensionOf(path);
-    return std::find(kImageTypes.begin(), kImageTypes.end(), ext) != kImageTypes.end();
-}
-
-bool isVideoType(const std::string& path) {
-    auto ext = extensionOf(path);
-    return std::find(kVideoTypes.begin(), kVideoTypes.end(), ext) != kVideoTypes.end();
-}
 
 void attach(std::vector<Evidence>& items, const Resolver& resolve, ScanContext& ctx,
             std::vector<FileRecord>& files) {
@@ -48,7 +29,7 @@ void attach(std::vector<Evidence>& items, const Resolver& resolve, ScanContext& 
         if (!found || !isRegularFile(*found)) continue;
         std::string path = fs::path(*found).lexically_normal().string();
         ctx.consumed.insert(path);
-        if (!isImageType(path)) continue;
+        if (!isPicture(path)) continue;
         auto record = ctx.recordAttachment(path);
         if (!record) continue;
         if (std::find(files.begin(), files.end(), *record) == files.end()) files.push_back(*record);

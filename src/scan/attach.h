@@ -9,10 +9,6 @@
 
 namespace kinfolio::Scanner {
 
-// Extensions (lower case) of the files read as images.
-bool isImageType(const std::string& path);
-bool isVideoType(const std::string& path);
-
 // Gives the file an attachment name stands for, or none when it is missing.
 using Resolver = std::function<std::optional<std::string>(const std::string& name)>;
 

@@ -6,15 +6,16 @@
 namespace kinfolio::Scanner {
 
 void readEmailText(ScanContext& ctx, Record& mail, std::string_view text) {
-    size_t before = ctx.emails.items.size();
+    MediaGroup& emails = ctx.group(SourceKind::emails);
+    size_t before = emails.items.size();
     int64_t position = 0;
     Importer::eachEmail(text, [&](std::string_view message) {
         ++position;
         if (auto item = Importer::email(message, mail.file.sha256, position))
-            ctx.emails.items.push_back(std::move(*item));
+            emails.items.push_back(std::move(*item));
     });
-    if (ctx.emails.items.size() == before) return ctx.skip(mail.path, "No dated email found.");
-    ctx.emails.files.push_back(mail.file);
+    if (emails.items.size() == before) return ctx.skip(mail.path, "No dated email found.");
+    emails.files.push_back(mail.file);
 }
 
 }  // namespace kinfolio::Scanner

@@ -53,7 +53,7 @@ std::unique_ptr<icu::TimeZone> timeZone(const std::string& id) {
 
 }  // namespace
 
-void readMeta(ScanContext& ctx, Record& json) {
+void readMeta(ScanContext& ctx, Record& json, std::string_view) {
     auto zone = timeZone(ctx.zone);
     std::string zoneID = ctx.zone;
     if (zoneID.empty()) {

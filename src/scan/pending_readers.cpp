@@ -10,13 +10,13 @@ void notRead(ScanContext& ctx, Record& r) {
 }
 }  // namespace
 
-void readImage(ScanContext& ctx, Record& image) {
+void readImage(ScanContext& ctx, Record& image, std::string_view) {
     notRead(ctx, image);
 }
-void readVideo(ScanContext& ctx, Record& video) {
+void readVideo(ScanContext& ctx, Record& video, std::string_view) {
     notRead(ctx, video);
 }
-void readDocument(ScanContext& ctx, Record& pdf) {
+void readDocument(ScanContext& ctx, Record& pdf, std::string_view) {
     notRead(ctx, pdf);
 }
 

@@ -32,17 +32,25 @@ void claimExportFiles(ScanContext& ctx, const fs::path& dir) {
 
 }  // namespace
 
-bool readQuilloryFolder(ScanContext& ctx, const std::string& folder, const std::string& csvPath) {
+bool isQuilloryExport(const ScanContext&, const std::string& file) {
+    fs::path p(file);
+    if (p.filename() != "messages.csv") return false;
+    auto verification = MappedFile::open((p.parent_path() / "verification.txt").string());
+    return verification && isValidUtf8(verification->bytes()) &&
+           startsWith(verification->bytes(), "Quillory verification report");
+}
+
+void readQuilloryFolder(ScanContext& ctx, const std::string& folder, const std::string& csvPath) {
     fs::path dir = fs::path(folder).lexically_normal();
     ctx.consumed.insert(csvPath);
     claimExportFiles(ctx, dir);
 
     auto csv = ctx.record(csvPath);
-    if (!csv) return true;
+    if (!csv) return;
     auto text = decodeText(csv->data.bytes());
     if (!text) {
         ctx.skip(csvPath, "Text file in an unknown encoding.");
-        return true;
+        return;
     }
     try {
         auto read = Importer::csv(*text, csv->file.sha256, ctx.order);
@@ -66,7 +74,6 @@ bool readQuilloryFolder(ScanContext& ctx, const std::string& folder, const std::
     } catch (const EvidenceError& e) {
         ctx.skip(csvPath, std::string("Looks like a Quillory export, but: ") + e.what());
     }
-    return true;
 }
 
 }  // namespace kinfolio::Scanner

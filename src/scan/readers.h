@@ -5,26 +5,28 @@
 
 #include "scan/scan_context.h"
 
-// One reader per kind of file. The routing of the scan decides which reader
-// a file goes to; each reader adds what it reads to the context (a source, or
-// items of a media group) or skips the file with its reason.
+// One reader per kind of file. The routing table of the scan decides which
+// reader a file goes to; each reader adds what it reads to the context (a
+// source, or items of a media group) or skips the file with its reason.
+// `content` is the file's text or its bytes, as its route says.
 namespace kinfolio::Scanner {
 
-void readZip(ScanContext& ctx, Record& zip);
-// `name` is the export's display name: the folder of a loose "_chat.txt",
-// else the file name without its extension.
-void readWhatsAppText(ScanContext& ctx, Record& chat, std::string_view text,
-                      const std::string& name);
+void readZip(ScanContext& ctx, Record& zip, std::string_view bytes);
+void readWhatsAppText(ScanContext& ctx, Record& chat, std::string_view text);
 void readLineText(ScanContext& ctx, Record& chat, std::string_view text);
 void readEmailText(ScanContext& ctx, Record& mail, std::string_view text);
-void readTelegram(ScanContext& ctx, Record& json);
-void readMeta(ScanContext& ctx, Record& json);
+void readTelegram(ScanContext& ctx, Record& json, std::string_view bytes);
+void readMeta(ScanContext& ctx, Record& json, std::string_view bytes);
 void readChatCsv(ScanContext& ctx, Record& csv, std::string_view text);
-// A Quillory export folder: its messages.csv and its attachments. Returns
-// false when the reader is not available, leaving the files to the routes.
-bool readQuilloryFolder(ScanContext& ctx, const std::string& folder, const std::string& csvPath);
-void readImage(ScanContext& ctx, Record& image);
-void readVideo(ScanContext& ctx, Record& video);
-void readDocument(ScanContext& ctx, Record& pdf);
+// HTML is never imported; the reason tells the user what to do instead.
+void readWebPage(ScanContext& ctx, Record& html, std::string_view bytes);
+void readImage(ScanContext& ctx, Record& image, std::string_view bytes);
+void readVideo(ScanContext& ctx, Record& video, std::string_view bytes);
+void readDocument(ScanContext& ctx, Record& pdf, std::string_view bytes);
+
+// A Quillory export folder: a "messages.csv" beside a "verification.txt"
+// that starts as Quillory's report.
+bool isQuilloryExport(const ScanContext& ctx, const std::string& file);
+void readQuilloryFolder(ScanContext& ctx, const std::string& folder, const std::string& csvPath);
 
 }  // namespace kinfolio::Scanner

@@ -21,7 +21,8 @@ struct Record {
     MappedFile data;
 };
 
-// Items and files of one kind of loose media (photos, screenshots, ...).
+// Items and files of one kind of loose media (photos, screenshots, ...),
+// which become one source when the scan ends.
 struct MediaGroup {
     std::vector<Evidence> items;
     std::vector<FileRecord> files;
@@ -42,7 +43,9 @@ struct ScanContext {
     std::set<std::string> consumed;  // absolute paths claimed by another file's import
     std::map<std::string, FileRecord> recordedPaths;
 
-    MediaGroup photos, screenshots, videos, documents, emails;
+    std::map<SourceKind, MediaGroup> media;  // loose photos, videos, e-mails, ...
+
+    MediaGroup& group(SourceKind kind) { return media[kind]; }
 
     // The path relative to the folder; a file outside it shows its name.
     std::string displayPath(const std::string& path) const;

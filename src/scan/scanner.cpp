@@ -16,28 +16,25 @@ std::string counted(size_t n, std::string_view singular, std::string_view plural
     return std::to_string(n) + " " + std::string(n == 1 ? singular : plural);
 }
 
-struct GroupSpec {
-    SourceKind kind;
-    std::string_view id, name, singular, plural;
-};
-
-void addMediaGroup(std::vector<Source>& sources, MediaGroup& group, const GroupSpec& spec) {
-    if (group.items.empty()) return;
+// A group of loose media becomes one source: "Photos", "12 photos · Jan 2025".
+Source mediaSource(SourceKind kind, MediaGroup& group) {
+    const SourceKindInfo& about = info(kind);
+    std::string singular(about.itemNoun);
     Source s;
-    s.id = spec.id;
-    s.kind = spec.kind;
-    s.name = spec.name;
+    s.id = about.raw;
+    s.kind = kind;
+    s.name = about.groupTitle;
     s.files = std::move(group.files);
     s.items = std::move(group.items);
     sortByDate(s.items);
-    s.detail = counted(s.items.size(), spec.singular, spec.plural) + dateRangeSummary(s);
-    if (spec.kind == SourceKind::photos && group.estimatedDates > 0) {
+    s.detail = counted(s.items.size(), singular, singular + "s") + dateRangeSummary(s);
+    if (kind == SourceKind::photos && group.estimatedDates > 0) {
         s.notes.push_back(group.estimatedDates == 1
                               ? "1 photo has no camera date; marked as estimated."
                               : std::to_string(group.estimatedDates) +
                                     " photos have no camera date; marked as estimated.");
     }
-    sources.push_back(std::move(s));
+    return s;
 }
 
 }  // namespace
@@ -92,7 +89,7 @@ ScanResult scan(const std::string& folder, DateOrder order, const std::string& z
         ctx.skipped.push_back(
             SkippedFile{"…", "Only the first " + std::to_string(kMaxFiles) + " files were read."});
 
-    readQuilloryFolders(ctx);
+    readExportFolders(ctx);
     // Chats first, loose media after: an export's photos often sort before
     // its chat file ("photos/…" before "result.json").
     std::vector<const std::string*> handling;
@@ -115,17 +112,8 @@ ScanResult scan(const std::string& folder, DateOrder order, const std::string& z
         if (progress) progress(i + 1, handling.size());
     }
 
-    addMediaGroup(ctx.sources, ctx.photos,
-                  {SourceKind::photos, "photos", "Photos", "photo", "photos"});
-    addMediaGroup(
-        ctx.sources, ctx.screenshots,
-        {SourceKind::screenshots, "screenshots", "Screenshots", "screenshot", "screenshots"});
-    addMediaGroup(ctx.sources, ctx.videos,
-                  {SourceKind::videos, "videos", "Videos", "video", "videos"});
-    addMediaGroup(ctx.sources, ctx.documents,
-                  {SourceKind::documents, "documents", "Documents", "document", "documents"});
-    addMediaGroup(ctx.sources, ctx.emails,
-                  {SourceKind::emails, "emails", "Emails", "email", "emails"});
+    for (auto& [kind, group] : ctx.media)
+        if (!group.items.empty()) ctx.sources.push_back(mediaSource(kind, group));
 
     sortSources(ctx.sources);
     sortSkipped(ctx.skipped);

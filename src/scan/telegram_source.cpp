@@ -8,7 +8,7 @@
 
 namespace kinfolio::Scanner {
 
-void readTelegram(ScanContext& ctx, Record& json) {
+void readTelegram(ScanContext& ctx, Record& json, std::string_view) {
     std::vector<Importer::TelegramChat> chats;
     try {
         simdjson::dom::document document;

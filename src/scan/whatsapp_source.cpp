@@ -139,8 +139,12 @@ std::optional<std::string> extractWhatsAppZip(const std::string& zipPath, const 
     }
 }
 
-void readWhatsAppText(ScanContext& ctx, Record& chat, std::string_view text,
-                      const std::string& name) {
+void readWhatsAppText(ScanContext& ctx, Record& chat, std::string_view text) {
+    // A loose "_chat.txt" is named after its folder, any other chat file
+    // after itself.
+    fs::path p(chat.path);
+    std::string name =
+        p.filename() == "_chat.txt" ? p.parent_path().filename().string() : p.stem().string();
     std::string mediaDir = fs::path(chat.path).parent_path().string();
     auto outcome = whatsappSource(text, chat.file, name, ctx.order, mediaDir, ctx, &chat.data);
     if (auto* skipped = std::get_if<SkippedFile>(&outcome))
@@ -149,7 +153,7 @@ void readWhatsAppText(ScanContext& ctx, Record& chat, std::string_view text,
         ctx.sources.push_back(std::move(std::get<Source>(outcome)));
 }
 
-void readZip(ScanContext& ctx, Record& zipRecord) {
+void readZip(ScanContext& ctx, Record& zipRecord, std::string_view) {
     constexpr const char* kNoChat =
         "ZIP without a chat export inside. Unzip it into the folder if it holds photos or "
         "documents.";
