@@ -3,10 +3,9 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "app/export_job.h"
 #include "example/example_folder.h"
-#include "layout/export_flow.h"
 #include "model/files.h"
-#include "selection/selection.h"
 
 namespace kinfolio {
 
@@ -71,38 +70,62 @@ void AppModel::rescan() {
     state_.showingReadingProgress = false;
     uint64_t generation = ++scanGeneration_;
     Executor* executor = &executor_;
-    executor_.background([this, executor, generation, scan = services_.scan,
-                          folder = *state_.folder, order = state_.settings.dateOrder,
-                          zone = state_.settings.timeZoneID] {
-        ScanResult result;
-        result.folder = folder;
+    executor_.background([this, executor, generation, services = services_, folder = *state_.folder,
+                          settings = state_.settings] {
+        auto result = std::make_shared<ScanResult>();
+        result->folder = folder;
         std::optional<std::string> error;
         try {
-            result = scan(folder, order, zone, {});
+            *result = services.scan(folder, settings.dateOrder, settings.timeZoneID, {});
         } catch (const std::exception& e) {
             error = dynamic_cast<const EvidenceError*>(&e)
                         ? std::string(e.what())
                         : "Could not read the folder " + folder + ".";
         }
-        executor->post([this, generation, result = std::move(result), error] {
-            // A folder closed or scanned again meanwhile makes this result stale.
-            if (generation != scanGeneration_) return;
-            if (error) state_.errorMessage = error;
-            state_.scan = result;
-            state_.phase = Phase::ready;
-            recompute();
-            changed();
-            readScreenshots();
-        });
+        // Selecting here too lets the scan arrive ready to show.
+        Picks picks = pick(services, *result, settings);
+        std::shared_ptr<const ScanResult> scan = std::move(result);
+        executor->post(
+            [this, generation, scan, settings, picks = std::move(picks), error]() mutable {
+                // A folder closed or scanned again meanwhile makes this result stale.
+                if (generation != scanGeneration_) return;
+                if (error) state_.errorMessage = error;
+                state_.phase = Phase::ready;
+                adopt(std::move(scan), settings, std::move(picks));
+                changed();
+                readScreenshots();
+            });
     });
     changed();
 }
 
+AppModel::Picks AppModel::pick(const AppServices& services, const ScanResult& scan,
+                               const Settings& settings) {
+    Picks picks{services.candidates(scan, settings), services.selected(scan, settings),
+                services.proposed(scan, settings)};
+    std::stable_sort(picks.candidates.begin(), picks.candidates.end(),
+                     [](const Evidence* a, const Evidence* b) { return a->date < b->date; });
+    return picks;
+}
+
+void AppModel::adopt(std::shared_ptr<const ScanResult> scan, const Settings& settings,
+                     Picks picks) {
+    // The old picks point into the old scan, so both are replaced together,
+    // and a selection still running over the old scan is dropped on arrival.
+    state_.scan = std::move(scan);
+    ++selectionGeneration_;
+    show(std::move(picks), settings);
+    // Settings changed while the work ran are applied over the new scan.
+    if (settings == state_.settings)
+        schedulePreview();
+    else
+        recompute();
+}
+
 void AppModel::closeFolder() {
     ++scanGeneration_;
-    ++previewGeneration_;
-    if (previewTimer_) executor_.cancel(*previewTimer_);
-    previewTimer_.reset();
+    ++selectionGeneration_;
+    cancelPreview();
     renderingGeneration_ = 0;
     AppState fresh;
     fresh.settings = state_.settings;
@@ -136,8 +159,20 @@ void AppModel::updateSettings(const std::function<void(Settings&)>& change) {
 }
 
 void AppModel::setSelected(const Evidence& item, bool on) {
+    // Only whether this item is proposed matters. Ticks do not change the
+    // proposal, so the one shown still holds after them; after any other
+    // change whose selection is still on its way, it is worked out here.
     AppServices::IdSet proposal;
-    if (state_.scan) proposal = services_.proposed(*state_.scan, state_.settings);
+    if (state_.scan) {
+        bool shownHolds = automaticPart(state_.settings) == proposedUnder_;
+        Selection::ItemRefs worked;
+        if (!shownHolds) worked = services_.proposed(*state_.scan, state_.settings);
+        const auto& proposed = shownHolds ? state_.proposed : worked;
+        if (std::any_of(proposed.begin(), proposed.end(), [&](const Evidence* e) {
+                return e->position == item.position && e->fileID == item.fileID;
+            }))
+            proposal.insert(item.id());
+    }
     Settings settings = state_.settings;
     services_.setSelected(settings, proposal, item.id(), on);
     setSettings(settings);
@@ -149,20 +184,46 @@ void AppModel::resetManualChoice() {
 
 void AppModel::recompute() {
     if (!state_.scan) return;
-    state_.candidates = services_.candidates(*state_.scan, state_.settings);
-    sortByDate(state_.candidates);
-    state_.selected = services_.selected(*state_.scan, state_.settings);
-    schedulePreview();
+    // The preview of the old selection is out of date from now on: none may
+    // start, and one being drawn is not shown.
+    cancelPreview();
+    uint64_t generation = ++selectionGeneration_;
+    Executor* executor = &executor_;
+    executor_.background([this, executor, generation, services = services_, scan = state_.scan,
+                          settings = state_.settings] {
+        Picks picks = pick(services, *scan, settings);
+        executor->post([this, generation, picks = std::move(picks), settings]() mutable {
+            // A later change, a new scan or a closed folder makes it stale;
+            // its references are then never read.
+            if (generation != selectionGeneration_) return;
+            show(std::move(picks), settings);
+            schedulePreview();
+            changed();
+        });
+    });
 }
 
-ExportInput AppModel::exportInput(std::vector<Evidence> items) const {
-    return ExportFlow::input(state_.scan.value_or(ScanResult{}), state_.settings, std::move(items));
+void AppModel::show(Picks picks, const Settings& settings) {
+    state_.candidates = std::move(picks.candidates);
+    state_.selected = std::move(picks.selected);
+    state_.proposed = std::move(picks.proposed);
+    proposedUnder_ = automaticPart(settings);
+}
+
+Settings AppModel::automaticPart(Settings settings) {
+    Selection::backToAutomaticChoice(settings);
+    return settings;
+}
+
+void AppModel::cancelPreview() {
+    if (previewTimer_) executor_.cancel(*previewTimer_);
+    previewTimer_.reset();
+    ++previewGeneration_;
 }
 
 void AppModel::schedulePreview() {
-    if (previewTimer_) executor_.cancel(*previewTimer_);
-    previewTimer_.reset();
-    uint64_t generation = ++previewGeneration_;
+    cancelPreview();
+    uint64_t generation = previewGeneration_;
     const auto& selected = state_.selected;
     state_.previewTruncated = selected.size() > kPreviewItemLimit;
     if (selected.empty()) {
@@ -173,42 +234,45 @@ void AppModel::schedulePreview() {
         return;
     }
     size_t count = std::min(selected.size(), kPreviewItemLimit);
-    ExportInput input = exportInput({selected.begin(), selected.begin() + count});
+    Selection::ItemRefs items(selected.begin(), selected.begin() + count);
     // The wait lets a burst of edits (typing a title, stepping a number)
-    // end in one render.
-    previewTimer_ =
-        executor_.after(kPreviewDelay, [this, generation, input = std::move(input)]() mutable {
-            previewTimer_.reset();
-            if (generation == previewGeneration_) startPreviewRender(generation, std::move(input));
-        });
+    // end in one render. The timer holds the scan its items point into.
+    previewTimer_ = executor_.after(kPreviewDelay, [this, generation, scan = state_.scan,
+                                                    settings = state_.settings,
+                                                    items = std::move(items)]() mutable {
+        previewTimer_.reset();
+        if (generation == previewGeneration_)
+            startPreviewRender(generation, std::move(scan), std::move(settings), std::move(items));
+    });
 }
 
-void AppModel::startPreviewRender(uint64_t generation, ExportInput input) {
+void AppModel::startPreviewRender(uint64_t generation, std::shared_ptr<const ScanResult> scan,
+                                  Settings settings, Selection::ItemRefs items) {
     state_.isRenderingPreview = true;
     renderingGeneration_ = generation;
     changed();
     Executor* executor = &executor_;
-    executor_.background(
-        [this, executor, generation, make = services_.make, input = std::move(input)] {
-            std::optional<Output> output;
-            try {
-                output = make(input);
-            } catch (const std::exception&) {
-                // The preview just stays empty; export reports the reason.
+    executor_.background([this, executor, generation, make = services_.make, scan = std::move(scan),
+                          settings = std::move(settings), items = std::move(items)] {
+        std::optional<Output> output;
+        try {
+            output = make(ExportJob::input(*scan, settings, items));
+        } catch (const std::exception&) {
+            // The preview just stays empty; export reports the reason.
+        }
+        executor->post([this, generation, output = std::move(output)]() mutable {
+            if (renderingGeneration_ == generation) {
+                state_.isRenderingPreview = false;
+                renderingGeneration_ = 0;
             }
-            executor->post([this, generation, output = std::move(output)] {
-                if (renderingGeneration_ == generation) {
-                    state_.isRenderingPreview = false;
-                    renderingGeneration_ = 0;
-                }
-                if (generation == previewGeneration_) {
-                    state_.previewPDF =
-                        output ? std::optional<std::string>(output->data) : std::nullopt;
-                    state_.previewPageCount = output ? output->pageCount : 0;
-                }
-                changed();
-            });
+            if (generation == previewGeneration_) {
+                state_.previewPDF =
+                    output ? std::optional<std::string>(std::move(output->data)) : std::nullopt;
+                state_.previewPageCount = output ? output->pageCount : 0;
+            }
+            changed();
         });
+    });
 }
 
 void AppModel::readScreenshots() {
@@ -221,25 +285,31 @@ void AppModel::readScreenshots() {
     state_.screenshotsTotal = total;
     uint64_t generation = scanGeneration_;
     Executor* executor = &executor_;
-    executor_.background([this, executor, generation, recognize = services_.recognizeScreenshots,
-                          scan = *state_.scan]() mutable {
-        recognize(scan, [this, executor, generation](size_t read, size_t total) {
-            executor->post([this, generation, read, total] {
+    executor_.background([this, executor, generation, services = services_, scan = state_.scan,
+                          settings = state_.settings] {
+        // The lines are written into a copy, made here rather than on the
+        // main thread, which goes on showing the scan without them.
+        auto read = std::make_shared<ScanResult>(*scan);
+        auto report = [this, executor, generation](size_t done, size_t total) {
+            executor->post([this, generation, done, total] {
                 if (generation != scanGeneration_) return;
-                state_.screenshotsRead = read;
+                state_.screenshotsRead = done;
                 state_.screenshotsTotal = total;
                 changed();
             });
-        });
-        executor->post([this, generation, scan = std::move(scan)] {
-            if (generation != scanGeneration_) return;
-            state_.scan = scan;
-            state_.isReadingScreenshots = false;
-            state_.showingReadingProgress = false;
-            // The recognised lines are what redaction covers: render again.
-            recompute();
-            changed();
-        });
+        };
+        services.recognizeScreenshots(*read, report);
+        Picks picks = pick(services, *read, settings);
+        std::shared_ptr<const ScanResult> recognised = std::move(read);
+        executor->post(
+            [this, generation, recognised, settings, picks = std::move(picks)]() mutable {
+                if (generation != scanGeneration_) return;
+                state_.isReadingScreenshots = false;
+                state_.showingReadingProgress = false;
+                // The recognised lines are what redaction covers: render again.
+                adopt(std::move(recognised), settings, std::move(picks));
+                changed();
+            });
     });
     changed();
 }
@@ -250,7 +320,7 @@ void AppModel::continueReadingInBackground() {
 }
 
 std::string AppModel::proposedFileName() const {
-    return ExportFlow::baseName(state_.settings) + ".pdf";
+    return ExportJob::baseName(state_.settings) + ".pdf";
 }
 
 void AppModel::exportPDF(const std::string& path) {
@@ -265,28 +335,22 @@ void AppModel::exportPDF(const std::string& path) {
     state_.isExporting = true;
     changed();
 
-    int64_t limit = ExportFlow::byteLimit(state_.settings);
     Executor* executor = &executor_;
-    executor_.background([this, executor, path, limit, settings = state_.settings,
-                          services = services_, input = exportInput(state_.selected)] {
-        std::vector<std::string> written, notes;
+    executor_.background([this, executor, path, services = services_, scan = state_.scan,
+                          settings = state_.settings] {
+        ExportJob::Written written;
         std::optional<std::string> error;
         try {
-            Output output = services.make(input);
-            std::vector<std::string> parts = limit >= 1 ? services.split(output.data, limit)
-                                                        : std::vector<std::string>{output.data};
-            auto result = ExportFlow::writeParts(parts, settings, path);
-            written = std::move(result.files);
-            notes = std::move(result.notes);
+            written = ExportJob::run(services, *scan, settings, path).written;
         } catch (const EvidenceError& e) {
             error = e.what();
         } catch (const std::exception&) {
             error = "Could not create the PDF.";
         }
-        executor->post([this, written, notes, error] {
+        executor->post([this, written, error] {
             state_.isExporting = false;
-            state_.exportedFiles = written;
-            state_.exportNotes = notes;
+            state_.exportedFiles = written.files;
+            state_.exportNotes = written.notes;
             if (error) state_.errorMessage = error;
             changed();
         });

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -9,6 +10,7 @@
 #include "app/app_services.h"
 #include "app/executor.h"
 #include "app/settings_store.h"
+#include "selection/selection.h"
 
 namespace kinfolio {
 
@@ -18,11 +20,15 @@ enum class Phase { needsFolder, scanning, ready };
 struct AppState {
     Phase phase = Phase::needsFolder;
     std::optional<std::string> folder;
-    std::optional<ScanResult> scan;
+    // Never changed once made, so background work reads it while the window
+    // shows it; a new scan or the recognised screenshots replace it whole.
+    std::shared_ptr<const ScanResult> scan;
     bool isDemo = false;
     Settings settings = Settings::defaults();
-    std::vector<Evidence> selected;
-    std::vector<Evidence> candidates;
+    // All three point into *scan and are replaced in the same step as it.
+    Selection::ItemRefs selected;
+    Selection::ItemRefs candidates;  // by date
+    Selection::ItemRefs proposed;    // the automatic choice, before any tick
     std::optional<std::string> previewPDF;
     int previewPageCount = 0;
     bool previewTruncated = false;
@@ -86,13 +92,28 @@ public:
     void setSelectedIDs(std::set<std::string> ids);
 
 private:
+    // The item list and the selection of one scan, worked out in the background.
+    struct Picks {
+        Selection::ItemRefs candidates, selected, proposed;
+    };
+    static Picks pick(const AppServices& services, const ScanResult& scan,
+                      const Settings& settings);
+
     void changed();
     void save();
+    // Makes `scan` the one shown, with the picks made from it under `settings`.
+    void adopt(std::shared_ptr<const ScanResult> scan, const Settings& settings, Picks picks);
+    // Puts picks made under `settings` in the state.
+    void show(Picks picks, const Settings& settings);
+    // The settings without the user's ticks: all the proposal depends on.
+    static Settings automaticPart(Settings settings);
+    // Selects again in the background after a change of the settings.
     void recompute();
+    void cancelPreview();
     void schedulePreview();
-    void startPreviewRender(uint64_t generation, ExportInput input);
+    void startPreviewRender(uint64_t generation, std::shared_ptr<const ScanResult> scan,
+                            Settings settings, Selection::ItemRefs items);
     void readScreenshots();
-    ExportInput exportInput(std::vector<Evidence> items) const;
 
     Executor& executor_;
     AppServices services_;
@@ -101,6 +122,8 @@ private:
     std::vector<std::function<void()>> observers_;
 
     uint64_t scanGeneration_ = 0;
+    uint64_t selectionGeneration_ = 0;
+    Settings proposedUnder_;  // the automatic part of the settings of state_.proposed
     uint64_t previewGeneration_ = 0;
     uint64_t renderingGeneration_ = 0;  // of the render in flight, 0 for none
     std::optional<Executor::TimerID> previewTimer_;

@@ -10,6 +10,7 @@
 #include "layout/pdf_exporter.h"
 #include "model/settings.h"
 #include "model/source.h"
+#include "selection/selection.h"
 
 namespace kinfolio {
 
@@ -24,9 +25,10 @@ struct AppServices {
                              const Progress& progress)>
         scan;
 
-    std::function<std::vector<Evidence>(const ScanResult&, const Settings&)> candidates;
-    std::function<IdSet(const ScanResult&, const Settings&)> proposed;
-    std::function<std::vector<Evidence>(const ScanResult&, const Settings&)> selected;
+    // All three point into the scan they are given.
+    std::function<Selection::ItemRefs(const ScanResult&, const Settings&)> candidates;
+    std::function<Selection::ItemRefs(const ScanResult&, const Settings&)> proposed;
+    std::function<Selection::ItemRefs(const ScanResult&, const Settings&)> selected;
     // Records a tick on an item in the settings, given the current proposal.
     std::function<void(Settings&, const IdSet& proposal, const std::string& itemID, bool on)>
         setSelected;

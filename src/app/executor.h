@@ -1,13 +1,9 @@
 #pragma once
 
-#include <condition_variable>
 #include <cstdint>
 #include <deque>
 #include <functional>
 #include <map>
-#include <mutex>
-#include <thread>
-#include <vector>
 
 // Where the application model's work runs: state changes on one main thread,
 // long work (scan, preview, export) in the background, results posted back.
@@ -63,35 +59,6 @@ private:
     std::deque<Task> background_, main_;
     // (due time, id) keeps timers of equal due time in the order they were set.
     std::map<std::pair<double, TimerID>, Task> timers_;
-};
-
-// For the command line: a thread per background task, and a main loop that
-// the caller runs with runUntil().
-class ThreadExecutor : public Executor {
-public:
-    ThreadExecutor() = default;
-    ThreadExecutor(const ThreadExecutor&) = delete;
-    ThreadExecutor& operator=(const ThreadExecutor&) = delete;
-    // Waits for the background threads; main tasks still queued are dropped.
-    ~ThreadExecutor() override;
-
-    void background(Task work) override;
-    void post(Task work) override;
-    double now() const override;
-    TimerID after(double seconds, Task work) override;
-    void cancel(TimerID timer) override;
-
-    // Runs main-thread tasks and timers on the calling thread until done()
-    // is true (checked after each task).
-    void runUntil(const std::function<bool()>& done);
-
-private:
-    std::mutex mutex_;
-    std::condition_variable wake_;
-    std::deque<Task> main_;
-    std::map<std::pair<double, TimerID>, Task> timers_;
-    TimerID nextTimer_ = 1;
-    std::vector<std::thread> threads_;
 };
 
 }  // namespace kinfolio

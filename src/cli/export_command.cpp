@@ -1,10 +1,8 @@
 #include <filesystem>
 
+#include "app/export_job.h"
 #include "cli/commands.h"
-#include "layout/export_flow.h"
-#include "layout/pdf_exporter.h"
 #include "model/text.h"
-#include "selection/selection.h"
 
 namespace kinfolio::cli {
 
@@ -15,7 +13,7 @@ namespace fs = std::filesystem;
 // Without -o the file goes into the current folder under the proposed name;
 // -o naming a folder puts it there; any other -o is the file itself.
 std::string targetPath(const Invocation& inv) {
-    std::string proposed = ExportFlow::baseName(inv.settings) + ".pdf";
+    std::string proposed = ExportJob::baseName(inv.settings) + ".pdf";
     if (!inv.output) return (fs::current_path() / proposed).string();
     std::error_code ec;
     if (fs::is_directory(*inv.output, ec)) return (fs::path(*inv.output) / proposed).string();
@@ -42,19 +40,18 @@ int runExport(Invocation& inv) {
     }
 
     ScanResult scan = scanFolder(inv, folder);
-    std::vector<Evidence> items = Selection::selected(scan, inv.settings);
-    if (inv.showProgress) inv.err << "Making the PDF of " << items.size() << " items…\n";
-    Output output = PDFExporter::make(ExportFlow::input(scan, inv.settings, std::move(items)),
-                                      progressReport(inv, "Drawing pages"));
-    int64_t limit = ExportFlow::byteLimit(inv.settings);
-    std::vector<std::string> parts =
-        limit >= 1 ? PDFExporter::split(output.data, limit) : std::vector<std::string>{output.data};
-    ExportFlow::Written written = ExportFlow::writeParts(parts, inv.settings, target);
+    AppServices services = AppServices::standard();
+    // On a terminal the drawing, the long part, reports how far it has got.
+    services.make = [&inv](const ExportInput& input) {
+        if (inv.showProgress) inv.err << "Making the PDF of " << input.items.size() << " items…\n";
+        return PDFExporter::make(input, progressReport(inv, "Drawing pages"));
+    };
+    ExportJob::Result result = ExportJob::run(services, scan, inv.settings, target);
 
-    for (const auto& file : written.files)
+    for (const auto& file : result.written.files)
         inv.out << "Wrote " << file << "\n";
-    inv.out << output.pageCount << (output.pageCount == 1 ? " page" : " pages") << ".\n";
-    for (const auto& note : written.notes)
+    inv.out << result.pageCount << (result.pageCount == 1 ? " page" : " pages") << ".\n";
+    for (const auto& note : result.written.notes)
         inv.out << note << "\n";
     return 0;
 }

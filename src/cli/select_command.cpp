@@ -34,10 +34,10 @@ int runSelect(Invocation& inv) {
 }  // namespace
 
 Json selectionJson(const ScanResult& scan, const Settings& settings) {
-    std::vector<Evidence> chosen = Selection::selected(scan, settings);
+    Selection::ItemRefs chosen = Selection::selected(scan, settings);
     Json ids = Json::array();
-    for (const auto& item : chosen)
-        ids.push_back(item.id());
+    for (const Evidence* item : chosen)
+        ids.push_back(item->id());
     Json j = Json::object();
     j["candidates"] = Selection::candidates(scan, settings).size();
     j["selected"] = std::move(ids);
@@ -49,7 +49,7 @@ Json selectionJson(const ScanResult& scan, const Settings& settings) {
 }
 
 void printSelection(std::ostream& out, const ScanResult& scan, const Settings& settings) {
-    std::vector<Evidence> chosen = Selection::selected(scan, settings);
+    Selection::ItemRefs chosen = Selection::selected(scan, settings);
     int count = Selection::exportCount(chosen);
     out << Selection::summary(chosen) << "\n"
         << count << (count == 1 ? " item" : " items") << " in the export.\n";
@@ -57,8 +57,8 @@ void printSelection(std::ostream& out, const ScanResult& scan, const Settings& s
         out << gaps << "\n";
     out << Selection::samplingNote(settings) << "\n";
     if (!chosen.empty()) out << "\n";
-    for (const auto& item : chosen)
-        out << itemLine(item) << "\n";
+    for (const Evidence* item : chosen)
+        out << itemLine(*item) << "\n";
 }
 
 Command selectCommand() {

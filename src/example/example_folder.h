@@ -16,7 +16,8 @@ std::vector<std::pair<std::string, std::string>> files();
 // writing anything, a folder that is not empty. Throws EvidenceError.
 void write(const std::string& folder);
 
-// Whether `folder` holds every example file, unchanged.
+// Whether `folder` holds every example file, its texts unchanged. Reads
+// only those files and makes none of the example.
 bool holdsExample(const std::string& folder);
 
 }  // namespace kinfolio::ExampleFolder

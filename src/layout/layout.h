@@ -27,9 +27,6 @@ public:
     const Settings& s;
     const PageSize size;
     const double margin = kMargin;
-    // File id -> source reference number (1-based), in order of first use.
-    std::map<std::string, int> sourceNumbers;
-    std::vector<std::string> sourceOrder;
 
     double contentWidth() const { return size.width - 2 * margin; }
 
@@ -72,16 +69,25 @@ public:
     Piece meta(const std::string& text, bool right);
     std::vector<Piece> bubble(const std::string& text, bool mine);
     std::vector<Piece> card(const std::string& heading, const std::string& body);
-    // The picture of a photo, screenshot or video frame, the picture attached
-    // to a message, or the first page of a PDF document. Pictures are not
-    // drawn yet: this returns no pieces for every item, so such items show
-    // only their meta line. It is the one place where they will be added.
+    // The picture of a photo, screenshot or video frame, or the picture
+    // attached to a message; a screenshot's lines with hidden words are
+    // blacked out in it. None when the image cannot be decoded: the item
+    // keeps its meta line and the picture takes no space.
     std::vector<Piece> pictures(const Evidence& item);
+    // One picture fitted into maxWidth × maxHeight points, at the right
+    // margin when `right`, drawn `above` points below the piece's top.
+    std::optional<Piece> picture(const std::string& path, const std::string& fileID,
+                                 double maxWidth, double maxHeight, bool right = false,
+                                 const std::vector<TextBox>& mask = {}, double above = 0);
 
     // Named destination of a marker, for links and the outline.
     static std::string destination(const std::string& marker);
 
 private:
+    // File id -> source reference number (1-based), in order of first use;
+    // numbered once, when the layout is made.
+    std::map<std::string, int> sourceNumbers;
+    std::vector<std::string> sourceOrder;
     std::unique_ptr<Typesetter> type_;
     Importer::Redactor redactor_;
     // Timeline and appendix do not change between the two passes.

@@ -1,5 +1,3 @@
-#include "layout/pdf_split.h"
-
 // The newer qpdf interface only, without its transition warning.
 
 #include <qpdf/Buffer.hh>
@@ -50,9 +48,9 @@ struct OutlineEntry {
 };
 
 // The whole document, opened once and prepared for copying pages out of it.
-class Source {
+class OpenedPDF {
 public:
-    explicit Source(const std::string& data) {
+    explicit OpenedPDF(const std::string& data) {
         try {
             qpdf_.setSuppressWarnings(true);
             qpdf_.processMemoryFile("export", data.data(), data.size());
@@ -81,14 +79,14 @@ public:
     // reach, which the writer copies byte for byte.
     class StreamBound {
     public:
-        StreamBound(const Source& source, size_t begin)
-            : source_(source), counted_(source.streamBytes_.size(), false), end_(begin) {}
+        StreamBound(const OpenedPDF& pdf, size_t begin)
+            : pdf_(pdf), counted_(pdf.streamBytes_.size(), false), end_(begin) {}
         // Adds the next page; returns the bound of [begin, end).
         int64_t extend() {
-            for (size_t stream : source_.pageStreams_[end_]) {
+            for (size_t stream : pdf_.pageStreams_[end_]) {
                 if (counted_[stream]) continue;
                 counted_[stream] = true;
-                bytes_ += source_.streamBytes_[stream];
+                bytes_ += pdf_.streamBytes_[stream];
             }
             ++end_;
             return bytes_;
@@ -96,7 +94,7 @@ public:
         size_t end() const { return end_; }
 
     private:
-        const Source& source_;
+        const OpenedPDF& pdf_;
         std::vector<bool> counted_;
         size_t end_;
         int64_t bytes_ = 0;
@@ -124,7 +122,7 @@ private:
 
 constexpr int kMaxDepth = 64;
 
-std::optional<Target> Source::resolve(QPDFObjectHandle dest, int depth) {
+std::optional<Target> OpenedPDF::resolve(QPDFObjectHandle dest, int depth) {
     if (depth > 2) return std::nullopt;
     if (dest.isString() || dest.isName()) {
         std::string name = dest.isString() ? dest.getStringValue() : dest.getName().substr(1);
@@ -148,7 +146,7 @@ std::optional<Target> Source::resolve(QPDFObjectHandle dest, int depth) {
     return target;
 }
 
-void Source::readNameTree(QPDFObjectHandle node, std::set<QPDFObjGen>& seen, int depth) {
+void OpenedPDF::readNameTree(QPDFObjectHandle node, std::set<QPDFObjGen>& seen, int depth) {
     if (!node.isDictionary() || depth > kMaxDepth) return;
     if (node.isIndirect() && !seen.insert(node.getObjGen()).second) return;
     QPDFObjectHandle names = node.getKey("/Names");
@@ -166,7 +164,7 @@ void Source::readNameTree(QPDFObjectHandle node, std::set<QPDFObjGen>& seen, int
     }
 }
 
-void Source::readNamedDestinations() {
+void OpenedPDF::readNamedDestinations() {
     QPDFObjectHandle root = qpdf_.getRoot();
     std::set<QPDFObjGen> seen;
     readNameTree(root.getKey("/Names").getKey("/Dests"), seen, 0);
@@ -189,8 +187,8 @@ QPDFObjectHandle destinationOf(QPDFObjectHandle holder, bool& viaAction) {
     return QPDFObjectHandle::newNull();
 }
 
-void Source::readOutlineLevel(QPDFObjectHandle item, std::vector<OutlineEntry>& into,
-                              std::set<QPDFObjGen>& seen, int depth) {
+void OpenedPDF::readOutlineLevel(QPDFObjectHandle item, std::vector<OutlineEntry>& into,
+                                 std::set<QPDFObjGen>& seen, int depth) {
     if (depth > kMaxDepth) return;
     while (item.isDictionary() && item.isIndirect() && seen.insert(item.getObjGen()).second) {
         OutlineEntry entry;
@@ -210,12 +208,12 @@ void Source::readOutlineLevel(QPDFObjectHandle item, std::vector<OutlineEntry>& 
     }
 }
 
-void Source::readOutline() {
+void OpenedPDF::readOutline() {
     std::set<QPDFObjGen> seen;
     readOutlineLevel(qpdf_.getRoot().getKey("/Outlines").getKey("/First"), outline_, seen, 0);
 }
 
-void Source::readLinks() {
+void OpenedPDF::readLinks() {
     links_.resize(pages_.size());
     for (size_t i = 0; i < pages_.size(); ++i) {
         QPDFObjectHandle annots = pages_[i].getKey("/Annots");
@@ -235,7 +233,7 @@ void Source::readLinks() {
 
 // Walks what copying a page takes along: everything it reaches except its
 // parent and other pages, which the copy does not cross into either.
-void Source::measureStreams() {
+void OpenedPDF::measureStreams() {
     std::map<QPDFObjGen, size_t> streamIndex;
     pageStreams_.resize(pages_.size());
     for (size_t i = 0; i < pages_.size(); ++i) {
@@ -329,7 +327,7 @@ void buildOutline(QPDF& out, const std::vector<OutlineEntry>& entries, size_t be
     }
 }
 
-std::string Source::part(size_t begin, size_t end) {
+std::string OpenedPDF::part(size_t begin, size_t end) {
     auto out = QPDF::create();
     out->setSuppressWarnings(true);
     out->emptyPDF();
@@ -435,10 +433,10 @@ struct Probe {
 // count, so that end is found by measuring only near the boundary: pages whose
 // stream data alone is over the limit are never serialised, and the first
 // guess is the last page under the stream bound.
-std::string nextPart(Source& source, size_t start, int64_t maxBytes, size_t& end) {
-    size_t n = source.pageCount();
+std::string nextPart(OpenedPDF& pdf, size_t start, int64_t maxBytes, size_t& end) {
+    size_t n = pdf.pageCount();
     std::vector<int64_t> bound{0};  // bound[k]: pages [start, start + k)
-    Source::StreamBound streams(source, start);
+    OpenedPDF::StreamBound streams(pdf, start);
     size_t hi = n + 1;  // smallest end known to be over the limit
     while (streams.end() < n) {
         bound.push_back(streams.extend());
@@ -463,7 +461,7 @@ std::string nextPart(Source& source, size_t start, int64_t maxBytes, size_t& end
             }
         }
         ++probes;
-        std::string bytes = source.part(start, probe);
+        std::string bytes = pdf.part(start, probe);
         overhead = std::max(overhead, static_cast<int64_t>(bytes.size()) - bound[probe - start]);
         if (static_cast<int64_t>(bytes.size()) <= maxBytes) {
             lo = probe;
@@ -473,7 +471,7 @@ std::string nextPart(Source& source, size_t start, int64_t maxBytes, size_t& end
         }
     }
     end = lo;
-    if (best.end != lo) best = {lo, source.part(start, lo)};
+    if (best.end != lo) best = {lo, pdf.part(start, lo)};
     return std::move(best.bytes);
 }
 
@@ -481,11 +479,11 @@ template <typename NextPart>
 std::vector<std::string> pack(const std::string& data, int64_t maxBytes, NextPart nextPart) {
     if (static_cast<int64_t>(data.size()) <= maxBytes) return {data};
     try {
-        Source source(data);
+        OpenedPDF pdf(data);
         std::vector<std::string> parts;
-        for (size_t start = 0; start < source.pageCount();) {
+        for (size_t start = 0; start < pdf.pageCount();) {
             size_t end = start + 1;
-            parts.push_back(nextPart(source, start, maxBytes, end));
+            parts.push_back(nextPart(pdf, start, maxBytes, end));
             start = end;
         }
         return parts;
@@ -502,12 +500,16 @@ std::vector<std::string> split(const std::string& data, int64_t maxBytes) {
     return pack(data, maxBytes, nextPart);
 }
 
+// The plain greedy packing: every part grows one page at a time and each
+// candidate is serialised to measure it. split() must return exactly these
+// parts; this slow form lives here, beside the reader it shares, only so that
+// the split test can prove that, and is declared there alone.
 std::vector<std::string> splitOnePageAtATime(const std::string& data, int64_t maxBytes) {
-    return pack(data, maxBytes, [](Source& source, size_t start, int64_t limit, size_t& end) {
-        std::string best = source.part(start, start + 1);
+    return pack(data, maxBytes, [](OpenedPDF& pdf, size_t start, int64_t limit, size_t& end) {
+        std::string best = pdf.part(start, start + 1);
         end = start + 1;
-        while (end < source.pageCount()) {
-            std::string candidate = source.part(start, end + 1);
+        while (end < pdf.pageCount()) {
+            std::string candidate = pdf.part(start, end + 1);
             if (static_cast<int64_t>(candidate.size()) > limit) break;
             best = std::move(candidate);
             ++end;

@@ -42,16 +42,16 @@ std::string monthName(int month) {
 
 }  // namespace
 
-int exportCount(const std::vector<Evidence>& selected) {
+int exportCount(const ItemRefs& selected) {
     return static_cast<int>(std::count_if(selected.begin(), selected.end(),
-                                          [](const Evidence& e) { return !e.isSystem(); }));
+                                          [](const Evidence* e) { return !e->isSystem(); }));
 }
 
-std::string summary(const std::vector<Evidence>& selected) {
+std::string summary(const ItemRefs& selected) {
     static constexpr std::array<const char*, 4> kWords = {"message", "photo", "video", "document"};
     std::array<int, 4> counts{};
-    for (const auto& item : selected)
-        if (Bucket b = bucketOf(item); b != none) ++counts[b];
+    for (const Evidence* item : selected)
+        if (Bucket b = bucketOf(*item); b != none) ++counts[b];
     std::vector<std::string> parts;
     for (size_t b = 0; b < counts.size(); ++b)
         if (counts[b] > 0)
@@ -60,10 +60,10 @@ std::string summary(const std::vector<Evidence>& selected) {
     return parts.empty() ? "Nothing" : join(parts, ", ");
 }
 
-std::vector<std::string> gapMonths(const std::vector<Evidence>& selected) {
+std::vector<std::string> gapMonths(const ItemRefs& selected) {
     std::set<int> months;
-    for (const auto& item : selected)
-        if (!item.isSystem()) months.insert(monthIndex(item.date));
+    for (const Evidence* item : selected)
+        if (!item->isSystem()) months.insert(monthIndex(item->date));
     std::vector<std::string> gaps;
     if (months.empty()) return gaps;
     for (int month = *months.begin(); month < *months.rbegin(); ++month)

@@ -104,30 +104,23 @@ Flags contextFlags(const ItemRefs& items, const Flags& chosen) {
     return marked;
 }
 
-IdSet sample(const std::vector<Evidence>& items, int perMonth) {
-    ItemRefs refs;
-    refs.reserve(items.size());
-    for (const auto& item : items)
-        refs.push_back(&item);
-    Flags taken = sampleFlags(refs, perMonth);
+IdSet sample(const ItemRefs& items, int perMonth) {
+    Flags taken = sampleFlags(items, perMonth);
     IdSet ids;
     for (size_t i = 0; i < items.size(); ++i)
-        if (taken[i]) ids.insert(items[i].id());
+        if (taken[i]) ids.insert(items[i]->id());
     return ids;
 }
 
-IdSet withContext(const IdSet& ids, const std::vector<Evidence>& items) {
-    ItemRefs refs;
+IdSet withContext(const IdSet& ids, const ItemRefs& items) {
     Flags chosen;
-    refs.reserve(items.size());
-    for (const auto& item : items) {
-        refs.push_back(&item);
-        chosen.push_back(ids.contains(item.id()) ? 1 : 0);
-    }
-    Flags marked = contextFlags(refs, chosen);
+    chosen.reserve(items.size());
+    for (const Evidence* item : items)
+        chosen.push_back(ids.contains(item->id()) ? 1 : 0);
+    Flags marked = contextFlags(items, chosen);
     IdSet result = ids;
     for (size_t i = 0; i < items.size(); ++i)
-        if (marked[i]) result.insert(items[i].id());
+        if (marked[i]) result.insert(items[i]->id());
     return result;
 }
 

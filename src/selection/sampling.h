@@ -2,14 +2,13 @@
 
 #include <vector>
 
-#include "model/evidence.h"
+#include "selection/selection.h"
 
 // The sampling rules over item references and flags. The proposal runs them
 // over a whole scan, where turning every item into an id string would cost
 // more than the sampling itself.
 namespace kinfolio::Selection {
 
-using ItemRefs = std::vector<const Evidence*>;
 using Flags = std::vector<char>;  // one per item of an ItemRefs
 
 // Marks up to perMonth evenly spaced items of every calendar month.

@@ -1,5 +1,6 @@
 #include "selection/selection.h"
 
+#include <algorithm>
 #include <charconv>
 #include <string_view>
 #include <unordered_map>
@@ -83,8 +84,10 @@ void addMarked(const ItemRefs& items, const Flags& marks, ItemRefs& out) {
         if (marks[i]) out.push_back(items[i]);
 }
 
-// The items the automatic rule picks, each source sampled by itself.
-ItemRefs proposedItems(const ScanResult& scan, const Settings& settings) {
+}  // namespace
+
+// Each source is sampled by itself.
+ItemRefs proposed(const ScanResult& scan, const Settings& settings) {
     ItemRefs picked;
     for (const auto& source : scan.sources) {
         if (!isIncluded(source, settings)) continue;
@@ -125,8 +128,6 @@ ItemRefs proposedItems(const ScanResult& scan, const Settings& settings) {
     return picked;
 }
 
-}  // namespace
-
 bool inRange(const Evidence& item, const Settings& settings) {
     if (!settings.limitDates) return true;
     Instant start = Calendar::startOfDay(settings.rangeStart);
@@ -134,38 +135,47 @@ bool inRange(const Evidence& item, const Settings& settings) {
     return start <= item.date && item.date < end;
 }
 
-std::vector<Evidence> candidates(const ScanResult& scan, const Settings& settings) {
-    std::vector<Evidence> result;
+ItemRefs candidates(const ScanResult& scan, const Settings& settings) {
+    ItemRefs result;
     for (const auto& source : scan.sources)
         if (isIncluded(source, settings))
             for (const auto& item : source.items)
-                if (inRange(item, settings)) result.push_back(item);
+                if (inRange(item, settings)) result.push_back(&item);
     return result;
 }
 
-IdSet proposed(const ScanResult& scan, const Settings& settings) {
-    IdSet ids;
-    for (const Evidence* item : proposedItems(scan, settings))
-        ids.insert(item->id());
-    return ids;
-}
-
-std::vector<Evidence> selected(const ScanResult& scan, const Settings& settings) {
+ItemRefs selected(const ScanResult& scan, const Settings& settings) {
     IdIndex proposal;
-    for (const Evidence* item : proposedItems(scan, settings))
+    for (const Evidence* item : proposed(scan, settings))
         proposal.insert(item->fileID.str(), item->position);
     IdIndex added = indexOf(settings.addedItems);
     IdIndex excluded = indexOf(settings.excludedItems);
-    std::vector<Evidence> kept;
+    ItemRefs kept;
     for (const auto& source : scan.sources) {
         if (!isIncluded(source, settings)) continue;
         for (const auto& item : source.items)
             if ((proposal.contains(item) || added.contains(item)) && !excluded.contains(item) &&
                 inRange(item, settings))
-                kept.push_back(item);
+                kept.push_back(&item);
     }
-    sortByDateFileAndPosition(kept);
+    std::stable_sort(kept.begin(), kept.end(), [](const Evidence* a, const Evidence* b) {
+        if (a->date != b->date) return a->date < b->date;
+        if (a->fileID != b->fileID) return a->fileID < b->fileID;
+        return a->position < b->position;
+    });
     return kept;
+}
+
+int chatCount(const ScanResult& scan, const ItemRefs& items) {
+    IdIndex ids;
+    for (const Evidence* item : items)
+        ids.insert(item->fileID.str(), item->position);
+    return static_cast<int>(
+        std::count_if(scan.sources.begin(), scan.sources.end(), [&](const Source& source) {
+            return isChat(source.kind) &&
+                   std::any_of(source.items.begin(), source.items.end(),
+                               [&](const Evidence& item) { return ids.contains(item); });
+        }));
 }
 
 void setSelected(Settings& settings, const IdSet& proposal, const std::string& itemID, bool on) {

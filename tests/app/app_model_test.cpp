@@ -120,8 +120,8 @@ TEST_F(AppModelTest, PreviewShowsTheFirst250OfMoreWhileTheExportHoldsAll) {
     EXPECT_EQ(s.previewPageCount, 250);
     EXPECT_EQ(log->renderedItemCounts, std::vector<size_t>{250});
     // The preview holds the first 250 in selection order.
-    EXPECT_NE(s.previewPDF->find(s.selected[249].id() + ";"), std::string::npos);
-    EXPECT_EQ(s.previewPDF->find(s.selected[250].id() + ";"), std::string::npos);
+    EXPECT_NE(s.previewPDF->find(s.selected[249]->id() + ";"), std::string::npos);
+    EXPECT_EQ(s.previewPDF->find(s.selected[250]->id() + ";"), std::string::npos);
 
     std::string target = out("all.pdf");
     model->exportPDF(target);
@@ -131,6 +131,7 @@ TEST_F(AppModelTest, PreviewShowsTheFirst250OfMoreWhileTheExportHoldsAll) {
     EXPECT_EQ(std::count(written.begin(), written.end(), ';'), 300);
 
     model->updateSettings([](Settings& x) { x.messagesPerMonth = 5; });
+    executor.drain();
     EXPECT_FALSE(s.previewTruncated);
 }
 
@@ -138,6 +139,7 @@ TEST_F(AppModelTest, ACancelledRenderStoresNothing) {
     auto model = readyModel(testing::fakeServices(log));
     const AppState& s = model->state();
     model->updateSettings([](Settings& x) { x.title = "First"; });
+    executor.drain();        // its selection arrives and the preview waits
     executor.advance(0.25);  // the render of "First" is queued in the background
     ASSERT_TRUE(s.isRenderingPreview);
     model->updateSettings([](Settings& x) { x.title = "Second"; });
@@ -153,6 +155,7 @@ TEST_F(AppModelTest, NothingSelectedClearsThePreviewAndRefusesExport) {
     const AppState& s = model->state();
     ASSERT_TRUE(s.previewPDF);
     model->updateSettings([](Settings& x) { x.excludedSources = {"chat1"}; });
+    executor.drain();
     EXPECT_TRUE(s.selected.empty());
     EXPECT_TRUE(s.candidates.empty());
     EXPECT_FALSE(s.previewPDF);
@@ -198,7 +201,7 @@ TEST_F(AppModelTest, ASplitExportWritesNumberedPartsWithTheirNote) {
     EXPECT_FALSE(fs::exists(out("Evidence.pdf")));
     std::string whole = "Evidence|";
     for (const auto& item : s.selected)
-        whole += item.id() + ";";
+        whole += item->id() + ";";
     EXPECT_EQ(readFile(expected[0]), whole.substr(0, 3));
     EXPECT_EQ(readFile(expected[0]) + readFile(expected[1]) + readFile(expected[2]), whole);
     EXPECT_EQ(s.exportNotes,
@@ -360,6 +363,25 @@ TEST_F(AppModelTest, OnlyTheLatestOfTwoScansIsKept) {
     EXPECT_TRUE(model->state().isDemo);
 }
 
+// The selection points into the scan, so a selection made over a scan that
+// has been replaced meanwhile must never be shown.
+TEST_F(AppModelTest, ASelectionOvertakenByANewScanIsDropped) {
+    auto model = readyModel(testing::fakeServices(log));
+    const AppState& s = model->state();
+    Settings before = s.settings;
+    model->rescan();
+    model->updateSettings([](Settings& x) { x.messagesPerMonth = 1; });
+    ASSERT_TRUE(executor.runNextBackground());  // the new scan, selected as before the change
+    executor.runMainQueue();
+    EXPECT_EQ(s.selected, Selection::selected(*s.scan, before));
+    ASSERT_TRUE(executor.runNextBackground());  // the change, selected over the old scan
+    executor.runMainQueue();
+    EXPECT_EQ(s.selected, Selection::selected(*s.scan, before));
+    executor.settle();
+    EXPECT_EQ(s.selected, Selection::selected(*s.scan, s.settings));
+    EXPECT_LT(s.selected.size(), Selection::selected(*s.scan, before).size());
+}
+
 TEST_F(AppModelTest, ScreenshotReadingReportsProgressAndRendersAgain) {
     AppServices services = testing::fakeServices(log);
     services.screenshotsToRead = [](const ScanResult& scan) {
@@ -384,7 +406,7 @@ TEST_F(AppModelTest, ScreenshotReadingReportsProgressAndRendersAgain) {
     EXPECT_EQ(seen, (std::vector<size_t>{0, 1, 2, 3}));
     EXPECT_EQ(s.screenshotsTotal, 3u);
     EXPECT_FALSE(s.showingReadingProgress);
-    EXPECT_EQ(s.selected.front().details().textBoxes.size(), 1u);
+    EXPECT_EQ(s.selected.front()->details().textBoxes.size(), 1u);
     executor.settle();
     EXPECT_EQ(log->renders, 1);
 }

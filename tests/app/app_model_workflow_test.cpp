@@ -20,8 +20,8 @@ namespace fs = std::filesystem;
 using testing::readFile;
 using testing::readPDF;
 
-bool contains(const std::vector<Evidence>& items, const Evidence& item) {
-    return std::find(items.begin(), items.end(), item) != items.end();
+bool contains(const Selection::ItemRefs& items, const Evidence& item) {
+    return std::any_of(items.begin(), items.end(), [&](const Evidence* e) { return *e == item; });
 }
 
 class AppModelWorkflow : public ::testing::Test {
@@ -75,10 +75,11 @@ TEST_F(AppModelWorkflow, TheExampleFromChoiceToSavedPdf) {
     EXPECT_EQ(s.candidates.size(), items);
     EXPECT_TRUE(
         std::is_sorted(s.candidates.begin(), s.candidates.end(),
-                       [](const Evidence& a, const Evidence& b) { return a.date < b.date; }));
+                       [](const Evidence* a, const Evidence* b) { return a->date < b->date; }));
     ASSERT_FALSE(s.selected.empty());
-    for (const auto& item : s.selected)
-        EXPECT_TRUE(contains(s.candidates, item)) << item.id();
+    for (const Evidence* item : s.selected)
+        EXPECT_NE(std::find(s.candidates.begin(), s.candidates.end(), item), s.candidates.end())
+            << item->id();
     EXPECT_FALSE(s.previewPDF);
     EXPECT_EQ(executor.pendingTimers(), 1u);
 
@@ -109,17 +110,19 @@ TEST_F(AppModelWorkflow, TheExampleFromChoiceToSavedPdf) {
     EXPECT_EQ(store().load().settings->title, "Our story 9");
 
     // Ticking a message the sampling left out adds it; unticking a chosen one takes it out.
-    auto extra = std::find_if(s.candidates.begin(), s.candidates.end(), [&](const Evidence& e) {
-        return !e.sender.empty() && !contains(s.selected, e);
+    auto extra = std::find_if(s.candidates.begin(), s.candidates.end(), [&](const Evidence* e) {
+        return !e->sender.empty() && !contains(s.selected, *e);
     });
     ASSERT_NE(extra, s.candidates.end());
-    Evidence added = *extra, removed = s.selected.back();
+    Evidence added = **extra, removed = *s.selected.back();
     size_t proposedCount = s.selected.size();
     model->setSelected(added, true);
     EXPECT_EQ(s.settings.addedItems, std::set<std::string>{added.id()});
+    executor.drain();
     EXPECT_TRUE(contains(s.selected, added));
     model->setSelected(removed, false);
     EXPECT_EQ(s.settings.excludedItems, std::set<std::string>{removed.id()});
+    executor.drain();
     EXPECT_FALSE(contains(s.selected, removed));
     EXPECT_EQ(s.selected.size(), proposedCount);
     EXPECT_EQ(store().load().settings->excludedItems, std::set<std::string>{removed.id()});
@@ -129,6 +132,7 @@ TEST_F(AppModelWorkflow, TheExampleFromChoiceToSavedPdf) {
     EXPECT_EQ(s.settings.excludedItems.size(), 1u);
     // "Back to Automatic Choice".
     model->resetManualChoice();
+    executor.drain();
     EXPECT_TRUE(s.settings.addedItems.empty());
     EXPECT_TRUE(s.settings.excludedItems.empty());
     EXPECT_TRUE(contains(s.selected, removed));
@@ -211,14 +215,14 @@ TEST_F(AppModelWorkflow, ADateOrderChangeRescansAndClosingGoesBackToTheStart) {
     model->chooseFolder(temp.path() + "/materials");
     executor.settle();
     ASSERT_EQ(s.candidates.size(), 2u);
-    EXPECT_EQ(Calendar::monthKey(s.candidates[0].date), "2025-04");
+    EXPECT_EQ(Calendar::monthKey(s.candidates[0]->date), "2025-04");
 
     model->updateSettings([](Settings& x) { x.dateOrder = DateOrder::monthFirst; });
     EXPECT_EQ(s.phase, Phase::scanning);
     executor.settle();
     EXPECT_EQ(s.phase, Phase::ready);
     ASSERT_EQ(s.candidates.size(), 2u);
-    EXPECT_EQ(Calendar::monthKey(s.candidates[0].date), "2025-03");
+    EXPECT_EQ(Calendar::monthKey(s.candidates[0]->date), "2025-03");
 
     model->closeFolder();
     EXPECT_EQ(s.phase, Phase::needsFolder);

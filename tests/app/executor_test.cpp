@@ -2,9 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <thread>
-
 namespace kinfolio {
 namespace {
 
@@ -60,36 +57,6 @@ TEST(ManualExecutor, DrainRunsWhatTasksQueueUntilQuiet) {
     EXPECT_EQ(ex.pendingMain(), 1u);
     ex.drain();
     EXPECT_EQ(order, (std::vector<int>{0, 1, 2, 3}));
-}
-
-TEST(ThreadExecutor, BackgroundWorkPostsBackToTheLoopingThread) {
-    ThreadExecutor ex;
-    const auto mainThread = std::this_thread::get_id();
-    std::thread::id workThread, resultThread;
-    bool done = false;
-    ex.background([&] {
-        workThread = std::this_thread::get_id();
-        ex.post([&] {
-            resultThread = std::this_thread::get_id();
-            done = true;
-        });
-    });
-    ex.runUntil([&] { return done; });
-    EXPECT_NE(workThread, mainThread);
-    EXPECT_EQ(resultThread, mainThread);
-}
-
-TEST(ThreadExecutor, TimersWaitOnTheMonotonicClockAndCanBeCancelled) {
-    ThreadExecutor ex;
-    double start = ex.now();
-    double firedAt = 0;
-    bool cancelledFired = false;
-    auto cancelled = ex.after(0.01, [&] { cancelledFired = true; });
-    ex.after(0.05, [&] { firedAt = ex.now(); });
-    ex.cancel(cancelled);
-    ex.runUntil([&] { return firedAt > 0; });
-    EXPECT_GE(firedAt - start, 0.05);
-    EXPECT_FALSE(cancelledFired);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <map>
 #include <set>
 #include <sstream>
@@ -195,6 +196,26 @@ TEST_F(ExampleFolderTest, TheChatsSpanAboutFourteenMonths) {
         testing::zipEntries(file("WhatsApp Chat - Jonas Berg.zip"))["_chat.txt"], true);
     EXPECT_EQ(Calendar::monthKey(messages.front().date), "2024-03");
     EXPECT_EQ(Calendar::monthKey(messages.back().date), "2025-04");
+}
+
+// The example is told apart by its own files, without making it again: the
+// folder write() leaves is the example, and so is no folder that lacks any
+// one of its files or holds one of its texts changed.
+TEST_F(ExampleFolderTest, HoldsExampleKnowsTheWrittenFolderAndNoOtherOne) {
+    testing::TempFolder temp;
+    ExampleFolder::write(temp.path() + "/example");
+    ASSERT_TRUE(ExampleFolder::holdsExample(temp.path() + "/example"))
+        << "the table of written files in example_folder.cpp no longer fits the example";
+    for (const auto& [path, bytes] : files) {
+        std::string file = temp.path() + "/example/" + path;
+        std::filesystem::rename(file, file + ".away");
+        EXPECT_FALSE(ExampleFolder::holdsExample(temp.path() + "/example")) << path;
+        std::filesystem::rename(file + ".away", file);
+    }
+    std::string text = file("WhatsApp Chat with Grace Okafor.txt");
+    std::replace(text.begin(), text.end(), 'a', 'e');
+    temp.write("example/WhatsApp Chat with Grace Okafor.txt", text);
+    EXPECT_FALSE(ExampleFolder::holdsExample(temp.path() + "/example"));
 }
 
 // What a user sees after choosing the example folder: every export read, one

@@ -19,39 +19,39 @@ TEST(Summary, CountsIntoFourCoarseBuckets) {
         item(ItemKind::screenshot, "s", 0, t),
         item(ItemKind::screenshot, "s", 1, t),
     };
-    EXPECT_EQ(Selection::summary(chosen), "4 messages, 2 photos");
-    EXPECT_EQ(Selection::exportCount(chosen), 6);
+    EXPECT_EQ(Selection::summary(refs(chosen)), "4 messages, 2 photos");
+    EXPECT_EQ(Selection::exportCount(refs(chosen)), 6);
     chosen.push_back(item(ItemKind::email, "e", 0, t));
     chosen.push_back(item(ItemKind::document, "d", 0, t));
     chosen.push_back(item(ItemKind::video, "v", 0, t));
     chosen.push_back(item(ItemKind::photo, "p", 0, t));
-    EXPECT_EQ(Selection::summary(chosen), "4 messages, 3 photos, 1 video, 2 documents");
+    EXPECT_EQ(Selection::summary(refs(chosen)), "4 messages, 3 photos, 1 video, 2 documents");
 }
 
 TEST(Summary, SingularOnlyForExactlyOne) {
     Instant t = at(2025, 1, 5);
-    EXPECT_EQ(Selection::summary({item(ItemKind::call, "c", 0, t), item(ItemKind::photo, "p", 0, t),
-                                  item(ItemKind::email, "e", 0, t)}),
-              "1 message, 1 photo, 1 document");
-    EXPECT_EQ(
-        Selection::summary({item(ItemKind::video, "v", 0, t), item(ItemKind::video, "v", 1, t)}),
-        "2 videos");
+    std::vector<Evidence> ones = {item(ItemKind::call, "c", 0, t), item(ItemKind::photo, "p", 0, t),
+                                  item(ItemKind::email, "e", 0, t)};
+    EXPECT_EQ(Selection::summary(refs(ones)), "1 message, 1 photo, 1 document");
+    std::vector<Evidence> videos = {item(ItemKind::video, "v", 0, t),
+                                    item(ItemKind::video, "v", 1, t)};
+    EXPECT_EQ(Selection::summary(refs(videos)), "2 videos");
 }
 
 TEST(Summary, SystemLinesAloneAreNothingAndNotExported) {
     std::vector<Evidence> chosen = {message("c", 0, at(2025, 1, 5), ""),
                                     message("c", 1, at(2025, 3, 5), "")};
-    EXPECT_EQ(Selection::summary(chosen), "Nothing");
-    EXPECT_EQ(Selection::exportCount(chosen), 0);
-    EXPECT_TRUE(Selection::gapMonths(chosen).empty());
+    EXPECT_EQ(Selection::summary(refs(chosen)), "Nothing");
+    EXPECT_EQ(Selection::exportCount(refs(chosen)), 0);
+    EXPECT_TRUE(Selection::gapMonths(refs(chosen)).empty());
     EXPECT_EQ(Selection::summary({}), "Nothing");
 }
 
 TEST(GapMonths, ListsTheEmptyMonthsBetweenFirstAndLast) {
     std::vector<Evidence> chosen = {message("c", 0, at(2025, 4, 1, 0)),
                                     message("c", 1, at(2025, 1, 31, 23, 59, 59))};
-    EXPECT_EQ(Selection::gapMonths(chosen), (Strings{"Feb 2025", "Mar 2025"}));
-    EXPECT_EQ(Selection::gapSentence(Selection::gapMonths(chosen)),
+    EXPECT_EQ(Selection::gapMonths(refs(chosen)), (Strings{"Feb 2025", "Mar 2025"}));
+    EXPECT_EQ(Selection::gapSentence(Selection::gapMonths(refs(chosen))),
               "Nothing selected for Feb 2025, Mar 2025. Add material for those months if you "
               "have it.");
 }
@@ -63,17 +63,17 @@ TEST(GapMonths, CrossesYearsAndIgnoresSystemLines) {
         item(ItemKind::email, "e", 0, at(2025, 2, 1)),
         message("c", 1, at(2025, 6, 1), ""),  // does not stretch the span
     };
-    EXPECT_EQ(Selection::gapMonths(chosen), (Strings{"Dec 2024", "Jan 2025"}));
+    EXPECT_EQ(Selection::gapMonths(refs(chosen)), (Strings{"Dec 2024", "Jan 2025"}));
 }
 
 TEST(GapMonths, NoneForOneMonthOrNoSelection) {
     EXPECT_TRUE(Selection::gapMonths({}).empty());
-    EXPECT_TRUE(
-        Selection::gapMonths({message("c", 0, at(2025, 2, 1)), message("c", 1, at(2025, 2, 28))})
-            .empty());
-    EXPECT_TRUE(
-        Selection::gapMonths({message("c", 0, at(2025, 2, 1)), message("c", 1, at(2025, 3, 1))})
-            .empty());
+    std::vector<Evidence> oneMonth = {message("c", 0, at(2025, 2, 1)),
+                                      message("c", 1, at(2025, 2, 28))};
+    EXPECT_TRUE(Selection::gapMonths(refs(oneMonth)).empty());
+    std::vector<Evidence> nextMonth = {message("c", 0, at(2025, 2, 1)),
+                                       message("c", 1, at(2025, 3, 1))};
+    EXPECT_TRUE(Selection::gapMonths(refs(nextMonth)).empty());
     EXPECT_EQ(Selection::gapSentence({}), "");
 }
 

@@ -6,6 +6,7 @@
 
 #include "model/calendar.h"
 #include "model/source.h"
+#include "selection/selection.h"
 
 // Small builders for the synthetic scans of the selection tests.
 namespace kinfolio::testing {
@@ -51,10 +52,18 @@ inline std::vector<Evidence> dailyMessages(const std::string& fileID, int count,
     return items;
 }
 
-inline std::vector<std::string> ids(const std::vector<Evidence>& items) {
-    std::vector<std::string> result;
+// The items by address, as the selection takes and gives them.
+inline Selection::ItemRefs refs(const std::vector<Evidence>& items) {
+    Selection::ItemRefs result;
     for (const auto& e : items)
-        result.push_back(e.id());
+        result.push_back(&e);
+    return result;
+}
+
+inline std::vector<std::string> ids(const Selection::ItemRefs& items) {
+    std::vector<std::string> result;
+    for (const Evidence* e : items)
+        result.push_back(e->id());
     return result;
 }
 

@@ -22,9 +22,16 @@ ScanResult scanOf(std::vector<Source> sources) {
     return scan;
 }
 
-IdSet setOf(const std::vector<Evidence>& items) {
+IdSet setOf(const Selection::ItemRefs& items) {
     auto list = ids(items);
     return IdSet(list.begin(), list.end());
+}
+
+std::vector<Evidence> values(const Selection::ItemRefs& items) {
+    std::vector<Evidence> result;
+    for (const Evidence* e : items)
+        result.push_back(*e);
+    return result;
 }
 
 TEST(InRange, EveryItemWhenTheRangeIsOff) {
@@ -71,6 +78,21 @@ TEST(Candidates, KeepsSourceOrderAndDropsExcludedSourcesAndOutOfRangeItems) {
     EXPECT_EQ(ids(Selection::candidates(scan, settings)), (std::vector<std::string>{"c:1"}));
 }
 
+TEST(ChatCount, CountsTheChatsHoldingAnItemOrOneOfItsId) {
+    Instant t = at(2025, 3, 1);
+    ScanResult scan = scanOf({
+        source(SourceKind::whatsapp, "one", {message("a", 0, t), message("a", 1, t)}),
+        source(SourceKind::telegram, "two", {message("b", 0, t)}),
+        source(SourceKind::photos, "pics", {item(ItemKind::photo, "p", 0, t)}),
+    });
+    const auto& sources = scan.sources;
+    EXPECT_EQ(Selection::chatCount(scan, {&sources[0].items[1], &sources[1].items[0]}), 2);
+    // A copy counts through its id; a photo group is no chat.
+    std::vector<Evidence> copies = {message("a", 0, t), item(ItemKind::photo, "p", 0, t)};
+    EXPECT_EQ(Selection::chatCount(scan, refs(copies)), 1);
+    EXPECT_EQ(Selection::chatCount(scan, {}), 0);
+}
+
 TEST(Proposed, SamplesEachChatMonthWithContextAndAlwaysTakesCalls) {
     std::vector<Evidence> chat = dailyMessages("c", 10, 2025, 3);
     chat.push_back(item(ItemKind::call, "c", 100, at(2025, 3, 4), "Alex"));
@@ -79,10 +101,10 @@ TEST(Proposed, SamplesEachChatMonthWithContextAndAlwaysTakesCalls) {
     Settings settings;
     settings.messagesPerMonth = 3;
     // Sampled 0, 5, 9, with their neighbours 1, 4, 6 and 8.
-    EXPECT_EQ(Selection::proposed(scan, settings),
+    EXPECT_EQ(setOf(Selection::proposed(scan, settings)),
               (IdSet{"c:0", "c:1", "c:4", "c:5", "c:6", "c:8", "c:9", "c:100", "c:101"}));
     settings.messagesPerMonth = 1;
-    EXPECT_EQ(Selection::proposed(scan, settings), (IdSet{"c:0", "c:1", "c:100", "c:101"}));
+    EXPECT_EQ(setOf(Selection::proposed(scan, settings)), (IdSet{"c:0", "c:1", "c:100", "c:101"}));
 }
 
 TEST(Proposed, NeverChoosesSystemLinesNotEvenAsContext) {
@@ -95,9 +117,9 @@ TEST(Proposed, NeverChoosesSystemLinesNotEvenAsContext) {
     Settings settings;
     settings.messagesPerMonth = 1;
     // The sampled list is c:1, c:3, c:4: c:1 is taken, c:3 is its context.
-    EXPECT_EQ(Selection::proposed(scan, settings), (IdSet{"c:1", "c:3"}));
+    EXPECT_EQ(setOf(Selection::proposed(scan, settings)), (IdSet{"c:1", "c:3"}));
     settings.messagesPerMonth = 0;
-    EXPECT_EQ(Selection::proposed(scan, settings), (IdSet{"c:1", "c:3", "c:4"}));
+    EXPECT_EQ(setOf(Selection::proposed(scan, settings)), (IdSet{"c:1", "c:3", "c:4"}));
 }
 
 TEST(Proposed, ContextComesOnlyFromMessagesInRange) {
@@ -108,7 +130,7 @@ TEST(Proposed, ContextComesOnlyFromMessagesInRange) {
     settings.limitDates = true;
     settings.rangeStart = at(2025, 3, 3);
     settings.rangeEnd = at(2025, 3, 5);
-    EXPECT_EQ(Selection::proposed(scan, settings), (IdSet{"c:2", "c:3"}));
+    EXPECT_EQ(setOf(Selection::proposed(scan, settings)), (IdSet{"c:2", "c:3"}));
 }
 
 TEST(Proposed, EachChatIsSampledByItself) {
@@ -118,7 +140,7 @@ TEST(Proposed, EachChatIsSampledByItself) {
     });
     Settings settings;
     settings.messagesPerMonth = 1;
-    EXPECT_EQ(Selection::proposed(scan, settings), (IdSet{"a:0", "a:1", "b:0", "b:1"}));
+    EXPECT_EQ(setOf(Selection::proposed(scan, settings)), (IdSet{"a:0", "a:1", "b:0", "b:1"}));
 }
 
 TEST(Proposed, MediaSampledPerSourceDocumentsAndEmailsAlwaysIn) {
@@ -139,10 +161,11 @@ TEST(Proposed, MediaSampledPerSourceDocumentsAndEmailsAlwaysIn) {
     Settings settings;
     settings.messagesPerMonth = 1;
     settings.photosPerMonth = 1;
-    EXPECT_EQ(Selection::proposed(scan, settings),
+    EXPECT_EQ(setOf(Selection::proposed(scan, settings)),
               (IdSet{"p1:0", "p2:0", "s:0", "v:0", "d:0", "d:1", "d:2", "e:0", "e:1", "e:2"}));
     settings.photosPerMonth = 0;
-    EXPECT_EQ(Selection::proposed(scan, settings), setOf(Selection::candidates(scan, settings)));
+    EXPECT_EQ(setOf(Selection::proposed(scan, settings)),
+              setOf(Selection::candidates(scan, settings)));
 }
 
 TEST(Selected, AddsAndExcludesByHandWithExclusionWinning) {
@@ -163,7 +186,7 @@ TEST(Selected, ExcludingASourceRemovesEvenItsAddedItems) {
     Settings settings;
     settings.addedItems = {"c:3", "d:0"};
     settings.excludedSources = {"chat"};
-    EXPECT_TRUE(Selection::proposed(scan, settings) == IdSet{"d:0"});
+    EXPECT_TRUE(setOf(Selection::proposed(scan, settings)) == IdSet{"d:0"});
     EXPECT_EQ(ids(Selection::candidates(scan, settings)), (std::vector<std::string>{"d:0"}));
     EXPECT_EQ(ids(Selection::selected(scan, settings)), (std::vector<std::string>{"d:0"}));
 }
@@ -244,8 +267,8 @@ TEST(SetSelected, TheSelectionFollowsTheTicksAndBackToAutomaticRestoresIt) {
     Settings settings;
     settings.messagesPerMonth = 1;
     auto automatic = Selection::selected(scan, settings);
-    Selection::setSelected(settings, Selection::proposed(scan, settings), "c:6", true);
-    Selection::setSelected(settings, Selection::proposed(scan, settings), "c:1", false);
+    Selection::setSelected(settings, setOf(Selection::proposed(scan, settings)), "c:6", true);
+    Selection::setSelected(settings, setOf(Selection::proposed(scan, settings)), "c:1", false);
     EXPECT_EQ(ids(Selection::selected(scan, settings)), (std::vector<std::string>{"c:0", "c:6"}));
     Selection::backToAutomaticChoice(settings);
     EXPECT_TRUE(settings.addedItems.empty() && settings.excludedItems.empty());
@@ -307,12 +330,12 @@ IdSet proposed(const ScanResult& scan, const Settings& s) {
                 if (e.kind == ItemKind::message && !e.sender.empty()) messages.push_back(e);
             }
             IdSet chosen = s.messagesPerMonth == 0
-                               ? setOf(messages)
+                               ? setOf(refs(messages))
                                : withContext(sample(messages, s.messagesPerMonth), messages);
             add.insert(chosen.begin(), chosen.end());
         } else if (source.kind == SourceKind::documents || source.kind == SourceKind::emails ||
                    s.photosPerMonth == 0) {
-            add = setOf(items);
+            add = setOf(refs(items));
         } else {
             add = sample(items, s.photosPerMonth);
         }
@@ -324,10 +347,10 @@ IdSet proposed(const ScanResult& scan, const Settings& s) {
 std::vector<Evidence> selected(const ScanResult& scan, const Settings& s) {
     IdSet proposal = proposed(scan, s);
     std::vector<Evidence> kept;
-    for (const auto& e : Selection::candidates(scan, s))
-        if ((proposal.contains(e.id()) || s.addedItems.contains(e.id())) &&
-            !s.excludedItems.contains(e.id()))
-            kept.push_back(e);
+    for (const Evidence* e : Selection::candidates(scan, s))
+        if ((proposal.contains(e->id()) || s.addedItems.contains(e->id())) &&
+            !s.excludedItems.contains(e->id()))
+            kept.push_back(*e);
     sortByDateFileAndPosition(kept);
     return kept;
 }
@@ -383,13 +406,15 @@ TEST(Selected, MatchesThePlainRulesOnRandomScans) {
                 if (random() % 15 == 0) s.addedItems.insert(e.id());
                 if (random() % 15 == 0) s.excludedItems.insert(e.id());
             }
-        ASSERT_EQ(Selection::proposed(scan, s), plain::proposed(scan, s)) << "round " << round;
-        ASSERT_EQ(Selection::selected(scan, s), plain::selected(scan, s)) << "round " << round;
+        ASSERT_EQ(setOf(Selection::proposed(scan, s)), plain::proposed(scan, s))
+            << "round " << round;
+        ASSERT_EQ(values(Selection::selected(scan, s)), plain::selected(scan, s))
+            << "round " << round;
         for (const auto& source : scan.sources) {
-            ASSERT_EQ(Selection::sample(source.items, s.messagesPerMonth),
+            ASSERT_EQ(Selection::sample(refs(source.items), s.messagesPerMonth),
                       plain::sample(source.items, s.messagesPerMonth));
             IdSet some = plain::sample(source.items, 1);
-            ASSERT_EQ(Selection::withContext(some, source.items),
+            ASSERT_EQ(Selection::withContext(some, refs(source.items)),
                       plain::withContext(some, source.items));
         }
     }

@@ -1,15 +1,14 @@
-#include "layout/export_flow.h"
+#include "app/export_job.h"
 
 #include <algorithm>
 #include <filesystem>
 #include <limits>
-#include <set>
 
 #include "model/evidence.h"
 #include "model/files.h"
 #include "model/text.h"
 
-namespace kinfolio::ExportFlow {
+namespace kinfolio::ExportJob {
 
 std::string baseName(const Settings& settings) {
     std::string base = joinNonEmpty({settings.title, settings.applicant}, " - ");
@@ -41,19 +40,15 @@ std::string oversizeMessage(int maxFileMB) {
            "page.";
 }
 
-ExportInput input(const ScanResult& scan, const Settings& settings, std::vector<Evidence> items) {
-    std::set<std::string> ids;
-    for (const auto& item : items)
-        ids.insert(item.id());
+ExportInput input(const ScanResult& scan, const Settings& settings,
+                  const Selection::ItemRefs& items) {
     ExportInput in;
-    for (const auto& source : scan.sources)
-        if (isChat(source.kind) &&
-            std::any_of(source.items.begin(), source.items.end(),
-                        [&](const Evidence& e) { return ids.count(e.id()) > 0; }))
-            ++in.conversationCount;
-    in.items = std::move(items);
+    in.items.reserve(items.size());
+    for (const Evidence* item : items)
+        in.items.push_back(*item);
     in.settings = settings;
     in.files = scan.files();
+    in.conversationCount = Selection::chatCount(scan, items);
     return in;
 }
 
@@ -79,4 +74,13 @@ Written writeParts(const std::vector<std::string>& parts, const Settings& settin
     return written;
 }
 
-}  // namespace kinfolio::ExportFlow
+Result run(const AppServices& services, const ScanResult& scan, const Settings& settings,
+           const std::string& target) {
+    Output output = services.make(input(scan, settings, services.selected(scan, settings)));
+    int64_t limit = byteLimit(settings);
+    std::vector<std::string> parts = limit >= 1 ? services.split(output.data, limit)
+                                                : std::vector<std::string>{std::move(output.data)};
+    return {writeParts(parts, settings, target), output.pageCount};
+}
+
+}  // namespace kinfolio::ExportJob

@@ -1,17 +1,18 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
 
+#include "app/app_services.h"
 #include "layout/pdf_exporter.h"
 #include "model/settings.h"
 #include "model/source.h"
+#include "selection/selection.h"
 
-// The pure parts of saving an export, shared by the command line and the
-// application model.
-namespace kinfolio::ExportFlow {
+// Saving the PDF of a scan: the one job behind both `kinfolio-cli export` and
+// the window's Export, plus the pure parts it is made of.
+namespace kinfolio::ExportJob {
 
 // Title and applicant joined with " - ", "Relationship evidence" when both
 // are empty, every "/" made "-". Without ".pdf".
@@ -27,9 +28,12 @@ std::string splitMessage(int parts, int maxFileMB);
 // fewer or smaller photos on that page."
 std::string oversizeMessage(int maxFileMB);
 
-// What the document is made from: the items in layout order, the settings,
-// every source file of the scan, and the number of chats the items come from.
-ExportInput input(const ScanResult& scan, const Settings& settings, std::vector<Evidence> items);
+// What the document is made from: copies of the items in layout order, the
+// settings, every source file of the scan, and the number of chats the items
+// come from. The copies are the layout's own, so this runs where the
+// rendering does, never on the window's thread.
+ExportInput input(const ScanResult& scan, const Settings& settings,
+                  const Selection::ItemRefs& items);
 
 struct Written {
     std::vector<std::string> files;  // in part order
@@ -42,4 +46,16 @@ struct Written {
 Written writeParts(const std::vector<std::string>& parts, const Settings& settings,
                    const std::string& target);
 
-}  // namespace kinfolio::ExportFlow
+struct Result {
+    Written written;
+    int pageCount = 0;
+};
+
+// The whole export of a scan: selects with `services.selected`, draws with
+// `services.make` (where a caller that shows progress reports it), splits
+// with `services.split` when maxFileMB is set, and writes the parts to
+// `target`. Throws EvidenceError with the sentence for the user.
+Result run(const AppServices& services, const ScanResult& scan, const Settings& settings,
+           const std::string& target);
+
+}  // namespace kinfolio::ExportJob
