@@ -1,6 +1,7 @@
 #include "app/app_services.h"
 
 #include "scan/scanner.h"
+#include "scan/screenshots.h"
 #include "selection/selection.h"
 
 namespace kinfolio {
@@ -17,6 +18,10 @@ AppServices AppServices::standard() {
     s.setSelected = Selection::setSelected;
     s.make = [](const ExportInput& input) { return PDFExporter::make(input); };
     s.split = PDFExporter::split;
+    s.screenshotsToRead = Scanner::screenshotsToRead;
+    s.recognizeScreenshots = [](ScanResult& scan, const Progress& progress) {
+        Scanner::recognizeScreenshots(scan, progress);
+    };
     return s;
 }
 

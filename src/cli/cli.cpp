@@ -18,6 +18,8 @@ constexpr const char* kSharedOptions =
     "                    applied over the defaults) instead of the saved settings\n"
     "  --set KEY=VALUE   change one setting for this run (dates as yyyy-MM-dd);\n"
     "                    may be given more than once\n"
+    "  --no-screenshot-text  leave the text of screenshots unread (faster; hidden\n"
+    "                    words are then not covered in them)\n"
     "  --help            show help\n";
 
 void printToolHelp(std::ostream& out) {
@@ -90,6 +92,8 @@ int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
                 return 0;
             } else if (a == "--json") {
                 inv.json = true;
+            } else if (a == "--no-screenshot-text") {
+                inv.readScreenshotText = false;
             } else if (a == "--settings") {
                 settingsFile = value("--settings");
             } else if (a == "--set") {

@@ -20,6 +20,9 @@ struct Invocation {
     std::optional<std::string> output;  // -o PATH
     std::vector<std::string> arguments;
     bool showProgress = false;  // standard error is a terminal
+    // The command line has no "later": screenshots are read before anything
+    // is selected, unless --no-screenshot-text says not to.
+    bool readScreenshotText = true;
 };
 
 struct Command {

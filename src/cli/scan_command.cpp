@@ -3,6 +3,7 @@
 #include "cli/commands.h"
 #include "cli/json_output.h"
 #include "scan/scanner.h"
+#include "scan/screenshots.h"
 
 namespace kinfolio::cli {
 
@@ -44,8 +45,19 @@ int runScan(Invocation& inv) {
 }  // namespace
 
 ScanResult scanFolder(Invocation& inv, const std::string& folder) {
-    return Scanner::scan(folder, inv.settings.dateOrder, inv.settings.timeZoneID, false,
-                         progressReport(inv, "Reading files"));
+    ScanResult scan = Scanner::scan(folder, inv.settings.dateOrder, inv.settings.timeZoneID, false,
+                                    progressReport(inv, "Reading files"));
+    if (inv.readScreenshotText) {
+        Scanner::Progress progress;
+        // Each screenshot takes a moment, so every one is reported.
+        if (inv.showProgress)
+            progress = [&inv](size_t read, size_t total) {
+                inv.err << "\rReading text in screenshots: " << read << " of " << total
+                        << (read == total ? "\n" : "") << std::flush;
+            };
+        Scanner::recognizeScreenshots(scan, progress);
+    }
+    return scan;
 }
 
 std::function<void(size_t, size_t)> progressReport(Invocation& inv, std::string label) {

@@ -30,9 +30,14 @@ struct WrittenFile {
 constexpr WrittenFile kWritten[] = {
     {"Emails/Booking confirmation.eml", 630, 0xf9c7eab3},
     {"Emails/Letters.mbox", 1241, 0x38c342dd},
+    {"Photos/PHOTO-2025-03-22-16-05-31.jpg", -1, 0},
+    {"Photos/PXL_20240816_184802.jpg", -1, 0},
+    {"Photos/PXL_20241228_114510.jpg", -1, 0},
     {"Quillory - Jonas Berg/attachments/IMG_2231.png", -1, 0},
     {"Quillory - Jonas Berg/messages.csv", 576, 0x638d519a},
     {"Quillory - Jonas Berg/verification.txt", 135, 0x6a98ef07},
+    {"Screenshots/Screenshot 2025-02-14 at 21.30.00.png", -1, 0},
+    {"Screenshots/Screenshot 2025-04-02 at 08.12.45.png", -1, 0},
     {"Telegram Export 2025-04-20/photos/photo_1@16-08-2024_20-15-07.png", -1, 0},
     {"Telegram Export 2025-04-20/result.json", 3711, 0x3b925d9b},
     {"Text messages/SMS with Jonas.csv", 419, 0xa186f77e},
@@ -57,6 +62,7 @@ Files files() {
     addLine(out);
     addSpreadsheets(out);
     addEmails(out);
+    addPhotos(out);
     std::sort(out.begin(), out.end());
     return out;
 }

@@ -26,5 +26,12 @@ void addMeta(Files& out);
 void addLine(Files& out);
 void addSpreadsheets(Files& out);
 void addEmails(Files& out);
+void addPhotos(Files& out);
+
+// The image (JPEG, PNG, ...) with these EXIF tags added, as a phone's camera
+// writes them ({"Exif.Photo.DateTimeOriginal", "2024:03:05 07:08:09"});
+// values are read the way exiv2 reads them from text.
+std::string withExif(const std::string& image,
+                     const std::vector<std::pair<std::string, std::string>>& tags);
 
 }  // namespace kinfolio::ExampleFolder

@@ -210,10 +210,6 @@ std::vector<Piece> Layout::card(const std::string& heading, const std::string& b
     return pieces;
 }
 
-std::vector<Piece> Layout::pictures(const Evidence&) {
-    return {};
-}
-
 std::vector<Piece> Layout::render(const Evidence& item) {
     const bool mine = !s.ownerName.empty() && item.sender == s.ownerName;
     std::string when = Calendar::format(item.date, "h:mm a");
@@ -230,7 +226,12 @@ std::vector<Piece> Layout::render(const Evidence& item) {
             std::string text = item.text;
             if (item.details().attachmentName) text += " (file attached)";
             append(pieces, bubble(redact(text), mine));
-            append(pieces, pictures(item));
+            auto picture = pictures(item);
+            // A message and its picture stay on one page together.
+            if (!picture.empty())
+                for (auto& piece : pieces)
+                    piece.keepWithNext = true;
+            append(pieces, std::move(picture));
             space = 6;
             break;
         }
@@ -272,7 +273,7 @@ std::vector<Piece> Layout::render(const Evidence& item) {
             std::string lead = "Screenshot";
             size_t covered = hiddenBoxes(item).size();
             if (covered > 0)
-                lead += ", " + std::to_string(covered) + (covered == 1 ? " line" : " lines") +
+                lead += " \u00B7 " + std::to_string(covered) + (covered == 1 ? " line" : " lines") +
                         " covered";
             pieces.push_back(meta(line(lead), false));
             append(pieces, pictures(item));

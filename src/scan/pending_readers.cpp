@@ -10,9 +10,6 @@ void notRead(ScanContext& ctx, Record& r) {
 }
 }  // namespace
 
-void readImage(ScanContext& ctx, Record& image, std::string_view) {
-    notRead(ctx, image);
-}
 void readVideo(ScanContext& ctx, Record& video, std::string_view) {
     notRead(ctx, video);
 }

@@ -5,6 +5,7 @@
 #include "model/text.h"
 #include "scan/routes.h"
 #include "scan/scan_context.h"
+#include "scan/screenshots.h"
 
 namespace kinfolio::Scanner {
 
@@ -117,7 +118,10 @@ ScanResult scan(const std::string& folder, DateOrder order, const std::string& z
 
     sortSources(ctx.sources);
     sortSkipped(ctx.skipped);
-    return ScanResult{ctx.folder, std::move(ctx.sources), std::move(ctx.skipped)};
+    ScanResult result{ctx.folder, std::move(ctx.sources), std::move(ctx.skipped)};
+    // After every file, so that all screenshots are read at once on every core.
+    if (recognizeText) recognizeScreenshots(result);
+    return result;
 }
 
 }  // namespace kinfolio::Scanner

@@ -81,12 +81,15 @@ TEST(Timeline, MediaItemsKeepTheirMetaLine) {
     input.settings.hiddenText = "robin";
     auto all = readPDF(PDFExporter::make(input).data).allFlat();
     EXPECT_NE(all.find("Video, 1 min 15 s \u00b7 12:00 PM"), std::string::npos);
-    EXPECT_NE(all.find("Screenshot, 2 lines covered"), std::string::npos);
+    EXPECT_NE(all.find("Screenshot \u00B7 2 lines covered"), std::string::npos);
     EXPECT_NE(all.find("Document: Boarding pass \u00b7 12:00 PM \u00b7 Source 1, entry 401 \u00b7 "
                        "date estimated from the file"),
               std::string::npos);
+    // A video without a frame says so; a screenshot whose file is unknown
+    // takes no space.
+    EXPECT_NE(all.find("(No preview frame.)"), std::string::npos);
     Layout layout(input);
-    EXPECT_TRUE(layout.pictures(video).empty());
+    EXPECT_TRUE(layout.pictures(shot).empty());
 }
 
 TEST(Timeline, RunningHeadJoinsTitleAndNames) {

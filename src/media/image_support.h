@@ -1,0 +1,23 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+// What the image readers of this folder share; not for use outside it.
+namespace kinfolio::Scanner::detail {
+
+// Starts libvips and exiv2 once per process, from whichever thread comes
+// first. Safe to call before every use.
+void startImageLibraries();
+
+// Whether a file id may name a file in a cache folder. Ids are SHA-256 hex
+// digits, but they arrive as plain strings: a "/" or ".." must never reach a
+// path.
+bool isCacheName(std::string_view id);
+
+// `privateCacheDirectory()` + "/" + `sub`, created; none when the cache
+// cannot be used, so the caller goes on without it.
+std::optional<std::string> cacheFolder(const std::string& sub);
+
+}  // namespace kinfolio::Scanner::detail

@@ -1,0 +1,210 @@
+#include "media/images.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <chrono>
+#include <cmath>
+#include <cstdlib>
+#include <ctime>
+#include <filesystem>
+#include <functional>
+
+#include "media/test_images.h"
+#include "model/calendar.h"
+#include "support/temp_folder.h"
+
+namespace kinfolio {
+namespace {
+
+using testing::encode;
+using testing::solidImage;
+using testing::withExif;
+
+Instant at(int y, int mo, int d, int h = 0, int mi = 0, int s = 0) {
+    return Calendar::makeDate(y, mo, d, h, mi, s).value();
+}
+
+// What this computer's clock showed at a Unix time, read independently of
+// ICU through the C library.
+Instant wallClock(time_t unixSeconds) {
+    struct tm local {};
+    ::localtime_r(&unixSeconds, &local);
+    return instantFromUnix(static_cast<double>(unixSeconds)) + static_cast<double>(local.tm_gmtoff);
+}
+
+void setModified(const std::string& path, time_t unixSeconds) {
+    struct timespec times[2] = {{unixSeconds, 0}, {unixSeconds, 0}};
+    ASSERT_EQ(::utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
+}
+
+std::string jpeg(int w, int h, const std::vector<std::pair<std::string, std::string>>& tags = {}) {
+    std::string bytes = encode(solidImage(w, h), ".jpg");
+    return tags.empty() ? bytes : withExif(bytes, tags);
+}
+
+std::string png(int w, int h, const std::vector<std::pair<std::string, std::string>>& tags = {}) {
+    std::string bytes = encode(solidImage(w, h), ".png");
+    return tags.empty() ? bytes : withExif(bytes, tags);
+}
+
+struct ImageCase {
+    const char* name;
+    std::function<std::string()> bytes;
+    bool opens = true;
+    bool screenshot = false;
+    std::optional<Instant> date = std::nullopt;      // read from the metadata
+    std::optional<Instant> fallback = std::nullopt;  // from the name, else the modification time
+    int width = 0, height = 0;                       // checked when set
+};
+
+TEST(ImageInfo, DatesAndScreenshotRules) {
+    const time_t modified = 1685613600;  // 2023-06-01 10:00:00 UTC
+    const std::vector<ImageCase> cases = {
+        {.name = "IMG_20250412_160000.jpg",
+         .bytes = [] { return jpeg(64, 48); },
+         .fallback = at(2025, 4, 12, 16),
+         .width = 64,
+         .height = 48},
+        {.name = "Screenshot 2025-04-12 at 16.00.00.png",
+         .bytes = [] { return png(64, 48); },
+         .screenshot = true,
+         .fallback = at(2025, 4, 12, 16)},
+        // " um 16.00.00" is no time the name pattern knows: midnight.
+        {.name = "Bildschirmfoto 2025-04-12 um 16.00.00.png",
+         .bytes = [] { return png(64, 48); },
+         .screenshot = true,
+         .fallback = at(2025, 4, 12)},
+        {.name = "截屏 photo.jpg", .bytes = [] { return jpeg(64, 48); }, .screenshot = true},
+        {.name = "phone.png",
+         .bytes = [] { return png(1170, 2532); },
+         .screenshot = true,
+         .width = 1170,
+         .height = 2532},
+        {.name = "sixteen-nine.png", .bytes = [] { return png(1080, 1920); }},
+        {.name = "landscape.png", .bytes = [] { return png(2532, 1170); }},
+        {.name = "camera.png",
+         .bytes =
+             [] {
+                 return png(1170, 2532, {{"Exif.Image.Make", "Canon"}});
+             }},
+        {.name = "tall.jpg", .bytes = [] { return jpeg(1170, 2532); }},
+        {.name = "IMG_0001.jpg",
+         .bytes =
+             [] {
+                 return jpeg(64, 48, {{"Exif.Photo.UserComment", "charset=Unicode Screenshot"}});
+             },
+         .screenshot = true},
+        {.name = "IMG_0002.jpg",
+         .bytes =
+             [] {
+                 return jpeg(64, 48, {{"Exif.Photo.UserComment", "charset=Ascii Screenshots"}});
+             }},
+        {.name = "20251331.jpg", .bytes = [] { return jpeg(64, 48); }},
+        {.name = "both.jpg",
+         .bytes =
+             [] {
+                 return jpeg(64, 48,
+                             {{"Exif.Photo.DateTimeOriginal", "2024:03:05 07:08:09"},
+                              {"Exif.Image.DateTime", "2024:12:24 18:00:00"}});
+             },
+         .date = at(2024, 3, 5, 7, 8, 9)},
+        {.name = "edited.jpg",
+         .bytes =
+             [] {
+                 return jpeg(64, 48, {{"Exif.Image.DateTime", "2024:12:24 18:00:00"}});
+             },
+         .date = at(2024, 12, 24, 18)},
+        {.name = "blank-date.jpg",
+         .bytes =
+             [] {
+                 return jpeg(64, 48, {{"Exif.Photo.DateTimeOriginal", "    :  :     :  :  "}});
+             }},
+        {.name = "notes.jpg",
+         .bytes = [] { return std::string("Just some notes, not a picture.\n"); },
+         .opens = false},
+        {.name = "empty.heic", .bytes = [] { return std::string(); }, .opens = false},
+        {.name = "cut-header.jpg",
+         .bytes = [] { return jpeg(64, 48).substr(0, 20); },
+         .opens = false},
+        // Only the header is read: a file cut in its pixel data still opens.
+        {.name = "cut-pixels.jpg",
+         .bytes =
+             [] {
+                 std::string whole = encode(testing::noiseImage(400, 300), ".jpg");
+                 return whole.substr(0, whole.size() / 2);
+             },
+         .width = 400,
+         .height = 300},
+    };
+    testing::TempFolder folder;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        std::string bytes = c.bytes();
+        std::string path = folder.write(c.name, bytes);
+        setModified(path, modified);
+        auto info = Scanner::imageInfo(bytes, c.name);
+        ASSERT_EQ(info.has_value(), c.opens);
+        EXPECT_EQ(Scanner::fallbackDate(path), c.fallback.value_or(wallClock(modified)));
+        if (!info) continue;
+        EXPECT_EQ(info->isScreenshot, c.screenshot);
+        EXPECT_EQ(info->date, c.date);
+        if (c.width) {
+            EXPECT_EQ(std::pair(info->width, info->height), std::pair(c.width, c.height));
+        }
+    }
+}
+
+TEST(ImageInfo, OnlyTheFileNameCountsForTheMarkers) {
+    auto info = Scanner::imageInfo(png(64, 48), "/home/me/Screenshots/holiday.png");
+    ASSERT_TRUE(info);
+    EXPECT_FALSE(info->isScreenshot);
+}
+
+TEST(ImageInfo, ReadsTheDateOfAHeicPhoto) {
+    testing::TempFolder folder;
+    std::string source = folder.write(
+        "source.jpg", jpeg(320, 240, {{"Exif.Photo.DateTimeOriginal", "2023:07:14 18:22:05"}}));
+    std::string heic = folder.path() + "/IMG_0003.heic";
+    // The command-line tool encodes, so this process never loads the HEVC
+    // encoder (which keeps memory that the leak checker reports).
+    std::string command = "vips copy '" + source + "' '" + heic + "' >/dev/null 2>&1";
+    if (std::system(command.c_str()) != 0 || !std::filesystem::exists(heic))
+        GTEST_SKIP() << "libvips here cannot write HEIC (no HEVC encoder in libheif)";
+    auto info = Scanner::imageInfo(testing::readFile(heic), "IMG_0003.heic");
+    ASSERT_TRUE(info);
+    EXPECT_EQ(info->date, at(2023, 7, 14, 18, 22, 5));
+    EXPECT_EQ(std::pair(info->width, info->height), std::pair(320, 240));
+    EXPECT_FALSE(info->isScreenshot);
+}
+
+TEST(ImageDateInName, PatternAndCalendarChecks) {
+    const std::vector<std::pair<const char*, std::optional<Instant>>> cases = {
+        {"PHOTO-2025-01-05-09-04-00.jpg", at(2025, 1, 5, 9, 4, 0)},
+        {"signal-2024-02-29-101010.jpg", at(2024, 2, 29, 10, 10, 10)},
+        {"VID_20250412.mp4", at(2025, 4, 12)},
+        {"2025-04-12_23-59-59.png", at(2025, 4, 12, 23, 59, 59)},
+        {"20251331.jpg", std::nullopt},             // month 13
+        {"IMG_20250230_120000.jpg", std::nullopt},  // 30 February
+        {"IMG_20230229.jpg", std::nullopt},         // not a leap year
+        {"IMG_20250412_256100.jpg", std::nullopt},  // no time of day
+        {"scan 1999-01-01.jpg", std::nullopt},      // only this century
+        {"holiday.jpg", std::nullopt},
+    };
+    for (const auto& [name, expected] : cases) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(Scanner::dateInName(name), expected);
+    }
+}
+
+TEST(ImageDateInName, AnUnreadableFileIsDatedNow) {
+    using namespace std::chrono;
+    auto now =
+        static_cast<time_t>(duration_cast<seconds>(system_clock::now().time_since_epoch()).count());
+    Instant date = Scanner::fallbackDate("/nonexistent/kinfolio/holiday.jpg");
+    EXPECT_NEAR(date, wallClock(now), 5.0);
+}
+
+}  // namespace
+}  // namespace kinfolio

@@ -1,0 +1,237 @@
+#include "media/pictures.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <chrono>
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+
+#include "media/test_images.h"
+#include "support/temp_folder.h"
+
+namespace kinfolio {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::encode;
+using testing::solidImage;
+
+const std::string kID(64, 'a');
+
+vips::VImage decoded(const Scanner::Picture& p) {
+    return vips::VImage::new_from_buffer(p.jpeg.data(), p.jpeg.size(), "").copy_memory();
+}
+
+// The mean of one pixel's bands.
+double brightness(const vips::VImage& image, int x, int y) {
+    auto values = image.getpoint(x, y);
+    double sum = 0;
+    for (double v : values)
+        sum += v;
+    return sum / static_cast<double>(values.size());
+}
+
+struct SizeCase {
+    const char* name;
+    std::function<std::string()> bytes;
+    int maxPixel;
+    int width, height;
+};
+
+TEST(Picture, ShrinksTurnsAndNeverEnlarges) {
+    const std::vector<SizeCase> cases = {
+        {"landscape.jpg", [] { return encode(solidImage(4000, 3000), ".jpg"); }, 1600, 1600, 1200},
+        {"portrait.png", [] { return encode(solidImage(1000, 2000), ".png"); }, 1600, 800, 1600},
+        {"small.png", [] { return encode(solidImage(300, 200), ".png"); }, 1600, 300, 200},
+        {"turned.jpg",
+         [] {
+             return testing::withExif(encode(solidImage(400, 300), ".jpg"),
+                                      {{"Exif.Image.Orientation", "6"}});
+         },
+         1600, 300, 400},
+        {"grey-alpha.png", [] { return encode(solidImage(500, 250, 2, 128), ".png"); }, 100, 100,
+         50},
+        {"sixteen-bit.png",
+         [] {
+             vips::VImage wide = (solidImage(64, 32).cast(VIPS_FORMAT_USHORT) * 256)
+                                     .cast(VIPS_FORMAT_USHORT)
+                                     .copy(vips::VImage::option()->set("interpretation",
+                                                                       VIPS_INTERPRETATION_RGB16));
+             return encode(wide, ".png");
+         },
+         1600, 64, 32},
+    };
+    testing::ScopedCacheHome cache;
+    testing::TempFolder folder;
+    char id = 'a';
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        std::string path = folder.write(c.name, c.bytes());
+        auto p = Scanner::picture(path, std::string(64, id++), c.maxPixel);
+        ASSERT_TRUE(p);
+        EXPECT_EQ(std::pair(p->width, p->height), std::pair(c.width, c.height));
+        vips::VImage image = decoded(*p);
+        EXPECT_EQ(std::pair(image.width(), image.height()), std::pair(c.width, c.height));
+        EXPECT_EQ(image.bands(), 3);
+        EXPECT_EQ(image.format(), VIPS_FORMAT_UCHAR);
+    }
+}
+
+TEST(PictureMask, GrowsEachBoxAndFlipsItToRows) {
+    // 200 × 100 image; boxes from the lower-left corner.
+    const std::vector<std::pair<TextBox, std::optional<Scanner::PixelRect>>> cases = {
+        {{"mid", 0.25, 0.5, 0.5, 0.25}, Scanner::PixelRect{46, 22, 108, 31}},
+        {{"corner", 0.0, 0.0, 0.1, 0.1}, Scanner::PixelRect{0, 87, 24, 13}},
+        {{"outside", 2.0, 2.0, 0.1, 0.1}, std::nullopt},
+        {{"broken", NAN, 0.5, 0.1, 0.1}, std::nullopt},
+    };
+    for (const auto& [box, rect] : cases) {
+        SCOPED_TRACE(box.text);
+        EXPECT_EQ(Scanner::maskRect(box, 200, 100), rect);
+    }
+}
+
+TEST(PictureMask, BlacksOutTheGrownBoxOnly) {
+    Scanner::Bitmap white{200, 100, std::vector<unsigned char>(200 * 100 * 3, 255)};
+    auto out = Scanner::masked(white, {{"Call Sam at 8", 0.25, 0.5, 0.5, 0.25}});
+    auto pixel = [&](int x, int y) { return out.rgb[(static_cast<size_t>(y) * 200 + x) * 3]; };
+    // Grown rectangle: columns 46..153, rows 22..52.
+    for (auto [x, y] : {std::pair{46, 22}, {153, 22}, {46, 52}, {153, 52}, {100, 40}})
+        EXPECT_EQ(pixel(x, y), 0) << x << "," << y;
+    for (auto [x, y] : {std::pair{40, 40}, {159, 40}, {100, 16}, {100, 58}, {45, 22}})
+        EXPECT_EQ(pixel(x, y), 255) << x << "," << y;
+}
+
+TEST(PictureMask, AMaskedPictureIsItsOwnCacheEntry) {
+    testing::ScopedCacheHome cache;
+    testing::TempFolder folder;
+    std::string path = folder.write("Screenshot.png", encode(solidImage(400, 200), ".png"));
+    auto plain = Scanner::picture(path, kID, 1600);
+    auto hidden = Scanner::picture(path, kID, 1600, {{"secret", 0.25, 0.5, 0.5, 0.25}});
+    ASSERT_TRUE(plain && hidden);
+    vips::VImage a = decoded(*plain), b = decoded(*hidden);
+    EXPECT_GT(brightness(a, 200, 70), 240);
+    EXPECT_LT(brightness(b, 200, 70), 20);   // inside the box
+    EXPECT_GT(brightness(b, 200, 20), 240);  // well above it
+}
+
+TEST(Picture, KeepsNoMetadata) {
+    testing::ScopedCacheHome cache;
+    testing::TempFolder folder;
+    std::string source = testing::withExif(encode(solidImage(640, 480), ".jpg"),
+                                           {{"Exif.Image.Make", "Kinfolio Test Camera"},
+                                            {"Exif.Image.Model", "K1"},
+                                            {"Exif.Photo.MakerNote", "1 2 3 4 5 6 7 8"},
+                                            {"Exif.GPSInfo.GPSLatitudeRef", "N"},
+                                            {"Exif.GPSInfo.GPSLatitude", "51/1 30/1 0/1"},
+                                            {"Exif.GPSInfo.GPSLongitudeRef", "W"},
+                                            {"Exif.GPSInfo.GPSLongitude", "0/1 7/1 0/1"}});
+    ASSERT_NE(source.find("Exif\0\0", 0, 6), std::string::npos);  // the test's own premise
+    auto p = Scanner::picture(folder.write("IMG_0001.jpg", source), kID, 1600);
+    ASSERT_TRUE(p);
+    EXPECT_EQ(p->jpeg.find("Exif\0\0", 0, 6), std::string::npos);
+    EXPECT_EQ(p->jpeg.find("Kinfolio Test Camera"), std::string::npos);
+    EXPECT_TRUE(testing::exifKeys(p->jpeg).empty());
+}
+
+TEST(Picture, ConvertsAnEmbeddedProfileToSRGB) {
+    testing::ScopedCacheHome cache;
+    testing::TempFolder folder;
+    // Pure red written as a Display P3 photo: its pixels read (234, 51, 35)
+    // and only the embedded profile says they mean sRGB red.
+    vips::VImage red = solidImage(64, 64, 3, 0).linear({1, 1, 1}, {255, 0, 0});
+    vips::VImage p3 = red.cast(VIPS_FORMAT_UCHAR)
+                          .icc_transform("p3", vips::VImage::option()->set("input_profile", "srgb"))
+                          .cast(VIPS_FORMAT_UCHAR);
+    ASSERT_LT(p3.getpoint(10, 10)[0], 240);  // the test's own premise
+    auto p = Scanner::picture(folder.write("IMG_0001.jpg", encode(p3, ".jpg")), kID, 1600);
+    ASSERT_TRUE(p);
+    auto pixel = decoded(*p).getpoint(32, 32);
+    EXPECT_GT(pixel[0], 245);
+    EXPECT_LT(pixel[1], 20);
+    EXPECT_LT(pixel[2], 20);
+}
+
+TEST(Picture, RefusesADecompressionBombByItsHeader) {
+    testing::ScopedCacheHome cache;
+    testing::TempFolder folder;
+    std::string path = folder.path() + "/bomb.png";
+    solidImage(30000, 30000, 1, 0).write_to_file((path + "[compression=1]").c_str());
+    ASSERT_LT(fs::file_size(path), 10'000'000u);  // megabytes on disk, 900 megapixels inside
+
+    struct rusage before {};
+    ::getrusage(RUSAGE_SELF, &before);
+    auto start = std::chrono::steady_clock::now();
+    EXPECT_FALSE(Scanner::picture(path, kID, 1600));
+    double seconds =
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    struct rusage after {};
+    ::getrusage(RUSAGE_SELF, &after);
+    EXPECT_LT(seconds, 1.0);  // decoding it would take many seconds
+    EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 200 * 1024);  // kilobytes
+}
+
+TEST(Picture, WhatCannotBeDecodedTakesNoSpace) {
+    testing::ScopedCacheHome cache;
+    testing::TempFolder folder;
+    std::string whole = encode(testing::noiseImage(800, 600), ".jpg");
+    const std::vector<std::pair<const char*, std::string>> files = {
+        {"cut.jpg", whole.substr(0, whole.size() / 2)},
+        {"notes.jpg", "Just some notes, not a picture.\n"},
+        {"empty.png", ""},
+    };
+    char id = 'a';
+    for (const auto& [name, bytes] : files) {
+        SCOPED_TRACE(name);
+        EXPECT_FALSE(Scanner::picture(folder.write(name, bytes), std::string(64, id++), 1600));
+    }
+    EXPECT_FALSE(Scanner::picture(folder.path() + "/missing.jpg", kID, 1600));
+    EXPECT_FALSE(Scanner::picture(folder.write("fine.jpg", whole), kID, 0));
+    // Nothing that failed is kept.
+    EXPECT_TRUE(fs::is_empty(cache.path() + "/kinfolio/pictures"));
+}
+
+TEST(Picture, ASecondCallComesFromTheCache) {
+    testing::ScopedCacheHome cache;
+    testing::TempFolder folder;
+    std::string path = folder.write("IMG_0001.jpg", encode(testing::noiseImage(800, 600), ".jpg"));
+    std::string before = testing::folderFingerprint(folder.path());
+    auto first = Scanner::picture(path, kID, 1600);
+    ASSERT_TRUE(first);
+    EXPECT_EQ(testing::folderFingerprint(folder.path()), before);  // nothing written beside it
+    fs::remove(path);
+    auto second = Scanner::picture(path, kID, 1600);
+    ASSERT_TRUE(second);
+    EXPECT_EQ(second->jpeg, first->jpeg);
+    EXPECT_EQ(std::pair(second->width, second->height), std::pair(800, 600));
+}
+
+TEST(Picture, ADamagedCacheEntryIsMadeAgain) {
+    testing::ScopedCacheHome cache;
+    testing::TempFolder folder;
+    std::string path = folder.write("IMG_0001.jpg", encode(testing::noiseImage(800, 600), ".jpg"));
+    auto good = Scanner::picture(path, kID, 400);
+    ASSERT_TRUE(good);
+    std::string entry = cache.path() + "/kinfolio/pictures/" + kID + "-400.jpg";
+    ASSERT_EQ(testing::readFile(entry), good->jpeg);
+    const std::vector<std::pair<const char*, std::string>> damages = {
+        {"empty", ""},
+        {"garbage", "not a picture"},
+        {"cut", good->jpeg.substr(0, good->jpeg.size() / 2)},
+        {"too large", encode(solidImage(800, 600), ".jpg")},
+    };
+    for (const auto& [name, damage] : damages) {
+        SCOPED_TRACE(name);
+        std::ofstream(entry, std::ios::binary | std::ios::trunc) << damage;
+        auto again = Scanner::picture(path, kID, 400);
+        ASSERT_TRUE(again);
+        EXPECT_EQ(std::pair(again->width, again->height), std::pair(400, 300));
+        EXPECT_EQ(testing::readFile(entry), again->jpeg);
+    }
+}
+
+}  // namespace
+}  // namespace kinfolio
