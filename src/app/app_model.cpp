@@ -26,6 +26,7 @@ void AppModel::start() {
     // A damaged or incomplete stored value is ignored silently; the defaults
     // hold until the next change saves over it.
     state_.settings = stored.settings.value_or(Settings::defaults());
+    if (services_.warmUp) executor_.background(services_.warmUp);
     std::error_code ec;
     if (stored.folder && std::filesystem::is_directory(*stored.folder, ec)) {
         state_.folder = stored.folder;

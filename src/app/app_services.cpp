@@ -1,5 +1,6 @@
 #include "app/app_services.h"
 
+#include "media/text_recognition.h"
 #include "scan/scanner.h"
 #include "scan/screenshots.h"
 #include "selection/selection.h"
@@ -22,6 +23,7 @@ AppServices AppServices::standard() {
     s.recognizeScreenshots = [](ScanResult& scan, const Progress& progress) {
         Scanner::recognizeScreenshots(scan, progress);
     };
+    s.warmUp = Scanner::warmUpTextRecognition;
     return s;
 }
 

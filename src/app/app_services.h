@@ -40,6 +40,9 @@ struct AppServices {
     // the scan reads screenshots itself.
     std::function<size_t(const ScanResult&)> screenshotsToRead;
     std::function<void(ScanResult&, const Progress&)> recognizeScreenshots;
+    // Loads the text recogniser once at start, so the first screenshot does
+    // not wait for it; may be left empty.
+    std::function<void()> warmUp;
 
     // The real scanner, selection and PDF writer.
     static AppServices standard();

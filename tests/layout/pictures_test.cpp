@@ -1,10 +1,13 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <filesystem>
 #include <sstream>
 
+#include "app/export_job.h"
 #include "cli/cli.h"
 #include "media/test_images.h"
+#include "scan/scanner.h"
 #include "support/pdf_reader.h"
 #include "support/temp_folder.h"
 
@@ -124,6 +127,23 @@ TEST_F(Pictures, AChatPhotoIsDrawnUnderItsBubbleAndNotListedAgain) {
     for (size_t page = 0; page < read.pages.size(); ++page)
         for (double ppp : testing::imageResolutions(pdf, static_cast<int>(page)))
             EXPECT_NEAR(ppp, 800 / std::floor((595.28 - 100) * 0.5), 0.05);
+}
+
+// The window scans first and exports later: a photo deleted in between costs
+// its picture, never the export.
+TEST_F(Pictures, APhotoDeletedAfterTheScanCostsOnlyItsPicture) {
+    materials.write("kept.jpg", testing::encode(testing::noiseImage(64, 48), ".jpg"));
+    std::string gone =
+        materials.write("gone.jpg", testing::encode(testing::noiseImage(48, 64), ".jpg"));
+    ScanResult scan = Scanner::scan(materials.path(), DateOrder::automatic, "UTC");
+    std::filesystem::remove(gone);
+    Settings settings = Settings::defaults();
+    std::string target = output.path() + "/out.pdf";
+    ExportJob::run(AppServices::standard(), scan, settings, target);
+    std::string pdf = readFile(target);
+    EXPECT_EQ(imageCount(pdf), 1u);
+    EXPECT_NE(testing::readPDF(pdf).allFlat().find("gone.jpg"), std::string::npos)
+        << "the appendix still lists the file that was read";
 }
 
 }  // namespace

