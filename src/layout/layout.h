@@ -92,6 +92,21 @@ private:
     Importer::Redactor redactor_;
     // Timeline and appendix do not change between the two passes.
     std::optional<std::vector<Piece>> body_;
+
+    // Every picture is decoded with its longer side at most this many
+    // pixels: sharp in print at the sizes drawn, small in the file.
+    static constexpr int kMaxPixel = 1600;
+    struct Prepared {
+        std::shared_ptr<const std::string> jpeg;
+        int width = 0, height = 0;
+    };
+    // Decoded pictures by pictureKey; none for one that cannot be decoded.
+    std::map<std::string, std::optional<Prepared>> prepared_;
+    static std::string pictureKey(const std::string& path, const std::string& fileID,
+                                  const std::vector<TextBox>& mask);
+    // Decodes the pictures of these items on every core before the layout
+    // asks for them one by one.
+    void preparePictures(const std::vector<Evidence>& items);
 };
 
 // "2.4 MB": decimal units, as file browsers show sizes.

@@ -1,8 +1,11 @@
 #include <cairo.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <memory>
+#include <set>
+#include <thread>
 
 #include "layout/layout.h"
 #include "media/pictures.h"
@@ -10,10 +13,6 @@
 namespace kinfolio {
 
 namespace {
-
-// Every picture is decoded with its longer side at most this many pixels:
-// sharp in print at the sizes drawn, small in the file.
-constexpr int kMaxPixel = 1600;
 
 struct Frame {
     double maxWidth, maxHeight;
@@ -56,10 +55,78 @@ void drawJpeg(cairo_t* cr, const std::shared_ptr<const std::string>& jpeg, const
 
 }  // namespace
 
+std::string Layout::pictureKey(const std::string& path, const std::string& fileID,
+                               const std::vector<TextBox>& mask) {
+    std::string key = path + "\n" + fileID;
+    for (const auto& box : mask)
+        for (double v : {box.x, box.y, box.width, box.height})
+            key += "," + std::to_string(v);
+    return key;
+}
+
+void Layout::preparePictures(const std::vector<Evidence>& items) {
+    // What the items will ask for, each picture once.
+    struct Request {
+        std::string key, path, fileID;
+        std::vector<TextBox> mask;
+    };
+    std::vector<Request> requests;
+    std::set<std::string> seen;
+    for (const auto& item : items) {
+        const auto& details = item.details();
+        if (!details.imageURL) continue;
+        Request r{"", *details.imageURL, item.fileID, {}};
+        if (item.kind == ItemKind::message)
+            r.fileID = details.attachmentID.value_or("");
+        else if (item.kind == ItemKind::screenshot)
+            r.mask = hiddenBoxes(item);
+        else if (item.kind != ItemKind::photo && item.kind != ItemKind::video)
+            continue;
+        r.key = pictureKey(r.path, r.fileID, r.mask);
+        if (prepared_.contains(r.key) || !seen.insert(r.key).second) continue;
+        requests.push_back(std::move(r));
+    }
+    if (requests.empty()) return;
+
+    // Decoding is the slow part of a document of photos: every core takes
+    // pictures from one list, and the layout then finds them ready.
+    std::vector<std::optional<Scanner::Picture>> results(requests.size());
+    std::atomic<size_t> next{0};
+    auto work = [&] {
+        for (size_t i = next++; i < requests.size(); i = next++)
+            results[i] =
+                Scanner::picture(requests[i].path, requests[i].fileID, kMaxPixel, requests[i].mask);
+    };
+    size_t threads =
+        std::min<size_t>(std::max(1u, std::thread::hardware_concurrency()), requests.size());
+    std::vector<std::thread> workers;
+    for (size_t t = 1; t < threads; ++t)
+        workers.emplace_back(work);
+    work();
+    for (auto& worker : workers)
+        worker.join();
+    for (size_t i = 0; i < requests.size(); ++i) {
+        std::optional<Prepared> ready;
+        if (results[i])
+            ready = Prepared{std::make_shared<const std::string>(std::move(results[i]->jpeg)),
+                             results[i]->width, results[i]->height};
+        prepared_[requests[i].key] = std::move(ready);
+    }
+}
+
 std::optional<Piece> Layout::picture(const std::string& path, const std::string& fileID,
                                      double maxWidth, double maxHeight, bool right,
                                      const std::vector<TextBox>& mask, double above) {
-    auto decoded = Scanner::picture(path, fileID, kMaxPixel, mask);
+    std::string key = pictureKey(path, fileID, mask);
+    if (!prepared_.contains(key)) {
+        auto decoded = Scanner::picture(path, fileID, kMaxPixel, mask);
+        std::optional<Prepared> ready;
+        if (decoded)
+            ready = Prepared{std::make_shared<const std::string>(std::move(decoded->jpeg)),
+                             decoded->width, decoded->height};
+        prepared_[key] = std::move(ready);
+    }
+    const std::optional<Prepared>& decoded = prepared_[key];
     // A picture that cannot be decoded takes no space; its meta line stays.
     if (!decoded || decoded->width < 1 || decoded->height < 1) return std::nullopt;
     auto [width, height] = drawnSize(decoded->width, decoded->height, {maxWidth, maxHeight});
@@ -70,9 +137,9 @@ std::optional<Piece> Layout::picture(const std::string& path, const std::string&
     Piece piece;
     piece.height = height + 10;
     double x = right ? size.width - margin - width : margin;
-    piece.draw = [jpeg = std::make_shared<const std::string>(std::move(decoded->jpeg)), id,
-                  pixelWidth = decoded->width, pixelHeight = decoded->height, x, above,
-                  width = width, height = height](cairo_t* cr, double top) {
+    piece.draw = [jpeg = decoded->jpeg, id, pixelWidth = decoded->width,
+                  pixelHeight = decoded->height, x, above, width = width,
+                  height = height](cairo_t* cr, double top) {
         drawJpeg(cr, jpeg, id, pixelWidth, pixelHeight, x, top + above, width, height);
     };
     return piece;

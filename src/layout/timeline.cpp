@@ -75,6 +75,7 @@ std::vector<Layout::Section> Layout::sections() const {
 }
 
 std::vector<Piece> Layout::timeline() {
+    preparePictures(input.items);
     std::vector<Piece> pieces;
     bool first = true;
     for (const auto& section : sections()) {
