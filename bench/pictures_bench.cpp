@@ -173,5 +173,10 @@ int main(int argc, char** argv) {
         std::printf(
             "\npicture() / vipsthumbnail, medians: %.0f ms / %.0f ms = %.2f (goal <= 1.5)\n",
             ours->second, theirs->second, ours->second / theirs->second);
+    double ourCpu = reporter.cpuMedians["BM_PicturesNoCache"];
+    double theirCpu = reporter.cpuMedians["BM_VipsthumbnailCommand"];
+    if (ourCpu > 0 && theirCpu > 0)
+        std::printf("CPU per image, medians: %.1f ms / %.1f ms = %.2f\n", ourCpu, theirCpu,
+                    ourCpu / theirCpu);
     benchmark::Shutdown();
 }
