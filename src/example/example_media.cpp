@@ -4,10 +4,10 @@
 
 #include <exiv2/exiv2.hpp>
 #include <memory>
-#include <mutex>
 #include <vips/vips8>
 
 #include "example/example_parts.h"
+#include "media/image_support.h"
 
 // Loose photos and phone screenshots of the example: camera photos with
 // their EXIF dates (one with the place it was taken), a photo dated only by
@@ -17,15 +17,8 @@ namespace kinfolio::ExampleFolder {
 
 namespace {
 
-void startVips() {
-    static std::once_flag once;
-    std::call_once(once, [] {
-        if (VIPS_INIT("kinfolio") != 0) throw EvidenceError::invalid("Could not draw the example.");
-    });
-}
-
 std::string jpegOf(const std::string& png) {
-    startVips();
+    Scanner::detail::startImageLibraries();
     vips::VImage image = vips::VImage::new_from_buffer(png.data(), png.size(), "");
     void* buffer = nullptr;
     size_t size = 0;

@@ -74,11 +74,6 @@ public:
     // blacked out in it. None when the image cannot be decoded: the item
     // keeps its meta line and the picture takes no space.
     std::vector<Piece> pictures(const Evidence& item);
-    // One picture fitted into maxWidth × maxHeight points, at the right
-    // margin when `right`, drawn `above` points below the piece's top.
-    std::optional<Piece> picture(const std::string& path, const std::string& fileID,
-                                 double maxWidth, double maxHeight, bool right = false,
-                                 const std::vector<TextBox>& mask = {}, double above = 0);
 
     // Named destination of a marker, for links and the outline.
     static std::string destination(const std::string& marker);
@@ -96,14 +91,24 @@ private:
     // Every picture is decoded with its longer side at most this many
     // pixels: sharp in print at the sizes drawn, small in the file.
     static constexpr int kMaxPixel = 1600;
+    // What an item's picture is made from and where it goes.
+    struct PictureRequest {
+        std::string path, fileID;
+        std::vector<TextBox> mask;  // a screenshot's lines with hidden words
+        double maxWidth = 0, maxHeight = 0;
+        bool right = false;  // at the right margin, as the owner's bubbles
+        double above = 0;    // points between the piece's top and the picture
+        // Names the decoded picture: the same file, id and mask give the same one.
+        std::string key() const;
+    };
+    std::optional<PictureRequest> pictureRequest(const Evidence& item) const;
+    std::optional<Piece> picture(const PictureRequest& request);
     struct Prepared {
         std::shared_ptr<const std::string> jpeg;
         int width = 0, height = 0;
     };
-    // Decoded pictures by pictureKey; none for one that cannot be decoded.
+    // Decoded pictures by request key; none for one that cannot be decoded.
     std::map<std::string, std::optional<Prepared>> prepared_;
-    static std::string pictureKey(const std::string& path, const std::string& fileID,
-                                  const std::vector<TextBox>& mask);
     // Decodes the pictures of these items on every core before the layout
     // asks for them one by one.
     void preparePictures(const std::vector<Evidence>& items);

@@ -33,7 +33,8 @@ void releaseJpeg(void* bytes) {
 
 // Draws the JPEG as it is: cairo embeds the bytes themselves (no second
 // compression, no pixels decoded here), so the image surface only needs the
-// picture's size. Its unique id lets a picture drawn twice be stored once.
+// picture's size. Its unique id (the request's key) lets a picture drawn
+// twice be stored once.
 void drawJpeg(cairo_t* cr, const std::shared_ptr<const std::string>& jpeg, const std::string& id,
               int width, int height, double x, double top, double drawnWidth, double drawnHeight) {
     cairo_surface_t* image = cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, height);
@@ -55,8 +56,7 @@ void drawJpeg(cairo_t* cr, const std::shared_ptr<const std::string>& jpeg, const
 
 }  // namespace
 
-std::string Layout::pictureKey(const std::string& path, const std::string& fileID,
-                               const std::vector<TextBox>& mask) {
+std::string Layout::PictureRequest::key() const {
     std::string key = path + "\n" + fileID;
     for (const auto& box : mask)
         for (double v : {box.x, box.y, box.width, box.height})
@@ -64,27 +64,45 @@ std::string Layout::pictureKey(const std::string& path, const std::string& fileI
     return key;
 }
 
+std::optional<Layout::PictureRequest> Layout::pictureRequest(const Evidence& item) const {
+    const auto& details = item.details();
+    if (!details.imageURL) return std::nullopt;
+    const double width = contentWidth();
+    PictureRequest r{*details.imageURL, item.fileID, {}, width * 0.7, 320};
+    switch (item.kind) {
+        case ItemKind::message:
+            // Under its bubble, on the same side, with a little air between.
+            r.fileID = details.attachmentID.value_or("");
+            r.maxWidth = width * 0.5;
+            r.maxHeight = 220;
+            r.right = !s.ownerName.empty() && item.sender == s.ownerName;
+            r.above = 4;
+            return r;
+        case ItemKind::screenshot:
+            r.maxWidth = width * 0.4;
+            r.mask = hiddenBoxes(item);
+            return r;
+        case ItemKind::photo:
+        case ItemKind::video:
+            return r;
+        case ItemKind::call:
+        case ItemKind::document:
+        case ItemKind::email:
+            break;
+    }
+    return std::nullopt;
+}
+
 void Layout::preparePictures(const std::vector<Evidence>& items) {
     // What the items will ask for, each picture once.
-    struct Request {
-        std::string key, path, fileID;
-        std::vector<TextBox> mask;
-    };
-    std::vector<Request> requests;
+    std::vector<std::pair<std::string, PictureRequest>> requests;
     std::set<std::string> seen;
     for (const auto& item : items) {
-        const auto& details = item.details();
-        if (!details.imageURL) continue;
-        Request r{"", *details.imageURL, item.fileID, {}};
-        if (item.kind == ItemKind::message)
-            r.fileID = details.attachmentID.value_or("");
-        else if (item.kind == ItemKind::screenshot)
-            r.mask = hiddenBoxes(item);
-        else if (item.kind != ItemKind::photo && item.kind != ItemKind::video)
-            continue;
-        r.key = pictureKey(r.path, r.fileID, r.mask);
-        if (prepared_.contains(r.key) || !seen.insert(r.key).second) continue;
-        requests.push_back(std::move(r));
+        auto request = pictureRequest(item);
+        if (!request) continue;
+        std::string key = request->key();
+        if (!prepared_.contains(key) && seen.insert(key).second)
+            requests.emplace_back(std::move(key), std::move(*request));
     }
     if (requests.empty()) return;
 
@@ -93,9 +111,10 @@ void Layout::preparePictures(const std::vector<Evidence>& items) {
     std::vector<std::optional<Scanner::Picture>> results(requests.size());
     std::atomic<size_t> next{0};
     auto work = [&] {
-        for (size_t i = next++; i < requests.size(); i = next++)
-            results[i] =
-                Scanner::picture(requests[i].path, requests[i].fileID, kMaxPixel, requests[i].mask);
+        for (size_t i = next++; i < requests.size(); i = next++) {
+            const PictureRequest& r = requests[i].second;
+            results[i] = Scanner::picture(r.path, r.fileID, kMaxPixel, r.mask);
+        }
     };
     size_t threads =
         std::min<size_t>(std::max(1u, std::thread::hardware_concurrency()), requests.size());
@@ -110,71 +129,45 @@ void Layout::preparePictures(const std::vector<Evidence>& items) {
         if (results[i])
             ready = Prepared{std::make_shared<const std::string>(std::move(results[i]->jpeg)),
                              results[i]->width, results[i]->height};
-        prepared_[requests[i].key] = std::move(ready);
+        prepared_[requests[i].first] = std::move(ready);
     }
 }
 
-std::optional<Piece> Layout::picture(const std::string& path, const std::string& fileID,
-                                     double maxWidth, double maxHeight, bool right,
-                                     const std::vector<TextBox>& mask, double above) {
-    std::string key = pictureKey(path, fileID, mask);
-    if (!prepared_.contains(key)) {
-        auto decoded = Scanner::picture(path, fileID, kMaxPixel, mask);
+std::optional<Piece> Layout::picture(const PictureRequest& request) {
+    std::string key = request.key();
+    auto found = prepared_.find(key);
+    if (found == prepared_.end()) {
+        auto decoded = Scanner::picture(request.path, request.fileID, kMaxPixel, request.mask);
         std::optional<Prepared> ready;
         if (decoded)
             ready = Prepared{std::make_shared<const std::string>(std::move(decoded->jpeg)),
                              decoded->width, decoded->height};
-        prepared_[key] = std::move(ready);
+        found = prepared_.emplace(key, std::move(ready)).first;
     }
-    const std::optional<Prepared>& decoded = prepared_[key];
+    const std::optional<Prepared>& decoded = found->second;
     // A picture that cannot be decoded takes no space; its meta line stays.
     if (!decoded || decoded->width < 1 || decoded->height < 1) return std::nullopt;
-    auto [width, height] = drawnSize(decoded->width, decoded->height, {maxWidth, maxHeight});
+    auto [width, height] =
+        drawnSize(decoded->width, decoded->height, {request.maxWidth, request.maxHeight});
     if (width < 1 || height < 1) return std::nullopt;
-    std::string id = (fileID.empty() ? path : fileID) + "-" + std::to_string(kMaxPixel);
-    for (const auto& box : mask)
-        id += ":" + std::to_string(box.x) + "," + std::to_string(box.y);
     Piece piece;
     piece.height = height + 10;
-    double x = right ? size.width - margin - width : margin;
-    piece.draw = [jpeg = decoded->jpeg, id, pixelWidth = decoded->width,
-                  pixelHeight = decoded->height, x, above, width = width,
+    double x = request.right ? size.width - margin - width : margin;
+    piece.draw = [jpeg = decoded->jpeg, key, pixelWidth = decoded->width,
+                  pixelHeight = decoded->height, x, above = request.above, width = width,
                   height = height](cairo_t* cr, double top) {
-        drawJpeg(cr, jpeg, id, pixelWidth, pixelHeight, x, top + above, width, height);
+        drawJpeg(cr, jpeg, key, pixelWidth, pixelHeight, x, top + above, width, height);
     };
     return piece;
 }
 
 std::vector<Piece> Layout::pictures(const Evidence& item) {
-    const auto& details = item.details();
-    const double width = contentWidth();
     std::optional<Piece> piece;
-    switch (item.kind) {
-        case ItemKind::message:
-            if (details.imageURL)
-                // Under its bubble, on the same side, with a little air between.
-                piece = picture(*details.imageURL, details.attachmentID.value_or(""), width * 0.5,
-                                220, !s.ownerName.empty() && item.sender == s.ownerName, {}, 4);
-            break;
-        case ItemKind::photo:
-            if (details.imageURL) piece = picture(*details.imageURL, item.fileID, width * 0.7, 320);
-            break;
-        case ItemKind::screenshot:
-            if (details.imageURL)
-                piece = picture(*details.imageURL, item.fileID, width * 0.4, 320, false,
-                                hiddenBoxes(item));
-            break;
-        case ItemKind::video:
-            if (details.imageURL) piece = picture(*details.imageURL, item.fileID, width * 0.7, 320);
-            if (!piece) return textBlock("(No preview frame.)", 9, false, Colours::muted, 0, width);
-            break;
-        case ItemKind::call:
-        case ItemKind::document:
-        case ItemKind::email:
-            break;
-    }
-    if (!piece) return {};
-    return {std::move(*piece)};
+    if (auto request = pictureRequest(item)) piece = picture(*request);
+    if (piece) return {std::move(*piece)};
+    if (item.kind == ItemKind::video)
+        return textBlock("(No preview frame.)", 9, false, Colours::muted, 0, contentWidth());
+    return {};
 }
 
 }  // namespace kinfolio

@@ -4,7 +4,8 @@
 #include <string>
 #include <string_view>
 
-// What the image readers of this folder share; not for use outside it.
+// What the image readers of this folder share, and the example generator,
+// which draws its photos with the same libraries.
 namespace kinfolio::Scanner::detail {
 
 // Starts libvips and exiv2 once per process, from whichever thread comes

@@ -1,7 +1,6 @@
 #include "media/pictures.h"
 
 #include <glib.h>
-#include <openssl/evp.h>
 
 #include <algorithm>
 #include <cmath>
@@ -29,17 +28,7 @@ std::string maskName(const std::vector<TextBox>& mask) {
     for (const auto& box : mask)
         for (double v : {box.x, box.y, box.width, box.height})
             geometry.append(reinterpret_cast<const char*>(&v), sizeof v);
-    unsigned char digest[EVP_MAX_MD_SIZE];
-    unsigned int length = 0;
-    if (EVP_Digest(geometry.data(), geometry.size(), digest, &length, EVP_sha256(), nullptr) != 1)
-        return {};
-    static const char* kHex = "0123456789abcdef";
-    std::string name;
-    for (unsigned int i = 0; i < 8 && i < length; ++i) {
-        name += kHex[digest[i] >> 4];
-        name += kHex[digest[i] & 15];
-    }
-    return name;
+    return sha256Hex(geometry).substr(0, 16);
 }
 
 std::optional<std::string> cachePath(const std::string& fileID, int maxPixel,

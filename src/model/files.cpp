@@ -1,5 +1,7 @@
 #include "model/files.h"
 
+#include <openssl/evp.h>
+
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
@@ -14,6 +16,19 @@
 #include "model/evidence.h"
 
 namespace kinfolio {
+
+std::string sha256Hex(std::string_view bytes) {
+    unsigned char digest[EVP_MAX_MD_SIZE];
+    unsigned int length = 0;
+    EVP_Digest(bytes.data(), bytes.size(), digest, &length, EVP_sha256(), nullptr);
+    static const char* hex = "0123456789abcdef";
+    std::string out(length * 2, '0');
+    for (unsigned i = 0; i < length; ++i) {
+        out[2 * i] = hex[digest[i] >> 4];
+        out[2 * i + 1] = hex[digest[i] & 15];
+    }
+    return out;
+}
 
 namespace fs = std::filesystem;
 

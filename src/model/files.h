@@ -41,6 +41,10 @@ private:
     std::string owned_;
 };
 
+// The SHA-256 of the bytes as 64 lowercase hexadecimal digits: the id of
+// every file Kinfolio reads.
+std::string sha256Hex(std::string_view bytes);
+
 // Writes through a temporary file in the same folder and renames it into
 // place, so a crash never leaves a half-written file. Throws EvidenceError.
 void writeFileAtomically(const std::string& path, std::string_view bytes);

@@ -1,5 +1,3 @@
-#include <openssl/evp.h>
-
 #include <filesystem>
 
 #include "model/text.h"
@@ -7,19 +5,6 @@
 #include "scan/scanner.h"
 
 namespace kinfolio::Scanner {
-
-std::string sha256Hex(std::string_view bytes) {
-    unsigned char digest[EVP_MAX_MD_SIZE];
-    unsigned int length = 0;
-    EVP_Digest(bytes.data(), bytes.size(), digest, &length, EVP_sha256(), nullptr);
-    static const char* hex = "0123456789abcdef";
-    std::string out(length * 2, '0');
-    for (unsigned i = 0; i < length; ++i) {
-        out[2 * i] = hex[digest[i] >> 4];
-        out[2 * i + 1] = hex[digest[i] & 15];
-    }
-    return out;
-}
 
 std::string ScanContext::displayPath(const std::string& path) const {
     std::string normal = std::filesystem::path(path).lexically_normal().string();

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "model/files.h"
 #include "model/settings.h"
 #include "model/source.h"
 
@@ -33,7 +34,6 @@ ScanResult scan(const std::string& folder, DateOrder order, const std::string& z
 Source chatSource(SourceKind kind, const FileRecord& file, std::vector<FileRecord> media,
                   std::vector<Evidence> items, std::string name, std::vector<std::string> notes);
 
-// 64 lowercase hexadecimal digits.
-std::string sha256Hex(std::string_view bytes);
+using kinfolio::sha256Hex;
 
 }  // namespace kinfolio::Scanner

@@ -31,7 +31,7 @@ void recognizeScreenshots(ScanResult& scan, const Progress& progress) {
         jobs.push_back({*item.details().imageURL, item.fileID.str(), {}});
     });
     if (jobs.empty()) return;
-    recognizeAll(jobs, progress ? progress : Progress([](size_t, size_t) {}));
+    recognizeAll(jobs, progress);
     for (size_t i = 0; i < jobs.size(); ++i) {
         if (jobs[i].boxes.empty()) continue;
         std::string text;
