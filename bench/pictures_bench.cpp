@@ -20,6 +20,7 @@
 #include <thread>
 #include <vector>
 
+#include "bench_support.h"
 #include "media/image_support.h"
 #include "media/pictures.h"
 
@@ -27,23 +28,11 @@ namespace {
 
 namespace fs = std::filesystem;
 using namespace kinfolio;
+using bench::cores;
+using bench::cpuSeconds;
 
 const std::string kRoot = "/tmp/kinfolio-bench";
 constexpr int kPhotos = 200;
-
-// CPU seconds of this process, or of its finished children: on a shared
-// machine the wall time of a parallel run depends on the neighbours, the
-// work done does not.
-double cpuSeconds(int who) {
-    struct rusage usage {};
-    ::getrusage(who, &usage);
-    return static_cast<double>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
-           (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
-}
-
-unsigned cores() {
-    return std::max(1u, std::thread::hardware_concurrency());
-}
 
 // Smooth colour gradients with grain: compresses like a photograph (some
 // 2-4 MB at quality 90), unlike pure noise or a flat colour.
@@ -146,35 +135,20 @@ BENCHMARK(BM_VipsthumbnailCommand)
     ->Iterations(1)
     ->Repetitions(3);
 
-// Keeps the medians of each benchmark for the closing ratios.
-class MedianReporter : public benchmark::ConsoleReporter {
-public:
-    void ReportRuns(const std::vector<Run>& runs) override {
-        for (const auto& run : runs) {
-            if (run.aggregate_name != "median") continue;
-            medians[run.run_name.function_name] = run.GetAdjustedRealTime();
-            auto cpu = run.counters.find("cpu_ms_per_image");
-            if (cpu != run.counters.end()) cpuMedians[run.run_name.function_name] = cpu->second;
-        }
-        ConsoleReporter::ReportRuns(runs);
-    }
-    std::map<std::string, double> medians, cpuMedians;
-};
-
 }  // namespace
 
 int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
-    MedianReporter reporter;
+    bench::MedianReporter reporter("cpu_ms_per_image");
     benchmark::RunSpecifiedBenchmarks(&reporter);
-    auto ours = reporter.medians.find("BM_PicturesNoCache");
-    auto theirs = reporter.medians.find("BM_VipsthumbnailCommand");
-    if (ours != reporter.medians.end() && theirs != reporter.medians.end())
+    double ours = reporter.median("BM_PicturesNoCache");
+    double theirs = reporter.median("BM_VipsthumbnailCommand");
+    if (ours > 0 && theirs > 0)
         std::printf(
-            "\npicture() / vipsthumbnail, medians: %.0f ms / %.0f ms = %.2f (goal <= 1.5)\n",
-            ours->second, theirs->second, ours->second / theirs->second);
-    double ourCpu = reporter.cpuMedians["BM_PicturesNoCache"];
-    double theirCpu = reporter.cpuMedians["BM_VipsthumbnailCommand"];
+            "\npicture() / vipsthumbnail, medians: %.0f ms / %.0f ms = %.2f (goal <= 1.5)\n", ours,
+            theirs, ours / theirs);
+    double ourCpu = reporter.counterMedian("BM_PicturesNoCache");
+    double theirCpu = reporter.counterMedian("BM_VipsthumbnailCommand");
     if (ourCpu > 0 && theirCpu > 0)
         std::printf("CPU per image, medians: %.1f ms / %.1f ms = %.2f\n", ourCpu, theirCpu,
                     ourCpu / theirCpu);

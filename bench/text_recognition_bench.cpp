@@ -21,6 +21,7 @@
 #include <vector>
 #include <vips/vips8>
 
+#include "bench_support.h"
 #include "media/image_support.h"
 #include "media/text_recognition.h"
 
@@ -28,6 +29,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using namespace kinfolio;
+using bench::cpuSeconds;
 
 const std::string kRoot = "/tmp/kinfolio-bench";
 constexpr int kScreenshots = 100;
@@ -37,16 +39,6 @@ const char* const kWords[] = {
     "the",  "flight", "was",   "late",  "again",   "love", "you",    "call",    "me",   "when",
     "home", "dinner", "photo", "scarf", "cold",    "here", "Lisbon", "tonight", "miss", "tomorrow",
     "good", "night",  "ok",    "see",   "station", "visa", "forms",  "Friday"};
-
-// CPU seconds of this process, or of its finished children: on a shared
-// machine the wall time of a parallel run depends on the neighbours, the
-// work done does not.
-double cpuSeconds(int who) {
-    struct rusage usage {};
-    ::getrusage(who, &usage);
-    return static_cast<double>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
-           (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
-}
 
 // Bubbles alternate left and right, as in a chat.
 std::vector<std::string> screenshots() {
@@ -203,32 +195,6 @@ void compareLines() {
         same, jobs.size(), ourLines, theirLines, Scanner::recognitionLanguages().c_str());
 }
 
-class MedianReporter : public benchmark::ConsoleReporter {
-public:
-    void ReportRuns(const std::vector<Run>& runs) override {
-        for (const auto& run : runs) {
-            if (run.aggregate_name != "median") continue;
-            medians[run.run_name.str()] = run.GetAdjustedRealTime();
-            auto cpu = run.counters.find("cpu_ms_per_file");
-            if (cpu != run.counters.end()) cpuMedians[run.run_name.str()] = cpu->second;
-        }
-        ConsoleReporter::ReportRuns(runs);
-    }
-    // The CPU milliseconds per file, or 0 when that benchmark did not run.
-    double cpuPerFile(const std::string& prefix) const {
-        for (const auto& [name, ms] : cpuMedians)
-            if (name.rfind(prefix, 0) == 0) return ms;
-        return 0;
-    }
-    // Milliseconds per file, or 0 when that benchmark did not run.
-    double perFile(const std::string& prefix, int files) const {
-        for (const auto& [name, ms] : medians)
-            if (name.rfind(prefix, 0) == 0) return ms / files;
-        return 0;
-    }
-    std::map<std::string, double> medians, cpuMedians;
-};
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -236,19 +202,19 @@ int main(int argc, char** argv) {
     // Never the user's own cache, also for the comparison at the end.
     fs::create_directories(kRoot + "/text-cache");
     ::setenv("XDG_CACHE_HOME", (kRoot + "/text-cache").c_str(), 1);
-    MedianReporter reporter;
+    bench::MedianReporter reporter("cpu_ms_per_file");
     benchmark::RunSpecifiedBenchmarks(&reporter);
-    double ours = reporter.perFile("BM_RecognizeAll", kScreenshots);
-    double limited = reporter.perFile("BM_TesseractCommand/1", kScreenshots);
-    double plain = reporter.perFile("BM_TesseractCommand/0", kSlowCommandFiles);
+    double ours = reporter.median("BM_RecognizeAll") / kScreenshots;
+    double limited = reporter.median("BM_TesseractCommand/1") / kScreenshots;
+    double plain = reporter.median("BM_TesseractCommand/0") / kSlowCommandFiles;
     std::printf("\nper screenshot, medians: recognizeAll %.0f ms", ours);
     if (ours > 0 && limited > 0)
         std::printf("; command with OMP_THREAD_LIMIT=1 %.0f ms (%.2fx)", limited, limited / ours);
     if (ours > 0 && plain > 0)
         std::printf("; command as started %.0f ms (%.2fx)", plain, plain / ours);
     std::printf("; goal >= 1.8x\n");
-    double ourCpu = reporter.cpuPerFile("BM_RecognizeAll");
-    double limitedCpu = reporter.cpuPerFile("BM_TesseractCommand/1");
+    double ourCpu = reporter.counterMedian("BM_RecognizeAll");
+    double limitedCpu = reporter.counterMedian("BM_TesseractCommand/1");
     if (ourCpu > 0 && limitedCpu > 0)
         std::printf(
             "CPU per screenshot, medians: recognizeAll %.0f ms; command with "

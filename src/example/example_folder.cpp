@@ -18,9 +18,10 @@ namespace {
 
 // What write() leaves in a folder, so that telling the example apart never
 // draws its photos or packs its archive just to compare. The texts carry
-// their size and CRC-32; pictures and the archive only have to be there,
-// as their bytes follow the installed cairo and zlib. Change this table with
-// the example: its test writes the example and checks every line of it.
+// their size and CRC-32; pictures, documents, the video and the archive only
+// have to be there, as their bytes follow the installed cairo, zlib and
+// FFmpeg. Change this table with the example: its test writes the example
+// and checks every line of it.
 struct WrittenFile {
     std::string_view path;
     int64_t bytes;  // -1: only has to be there
@@ -28,6 +29,8 @@ struct WrittenFile {
 };
 
 constexpr WrittenFile kWritten[] = {
+    {"Documents/E-ticket NS4KQ2.pdf", -1, 0},
+    {"Documents/Tenancy agreement - 12 Elm Road.pdf", -1, 0},
     {"Emails/Booking confirmation.eml", 630, 0xf9c7eab3},
     {"Emails/Letters.mbox", 1241, 0x38c342dd},
     {"Photos/PHOTO-2025-03-22-16-05-31.jpg", -1, 0},
@@ -41,6 +44,7 @@ constexpr WrittenFile kWritten[] = {
     {"Telegram Export 2025-04-20/photos/photo_1@16-08-2024_20-15-07.png", -1, 0},
     {"Telegram Export 2025-04-20/result.json", 3711, 0x3b925d9b},
     {"Text messages/SMS with Jonas.csv", 419, 0xa186f77e},
+    {"Videos/VID_20240816_190512.mp4", -1, 0},
     {"WhatsApp Chat - Jonas Berg.zip", -1, 0},
     {"WhatsApp Chat with Grace Okafor.txt", 874, 0x2cbb5f54},
     {"[LINE] Chat with Jonas Berg.txt", 509, 0x337a63c7},
@@ -63,6 +67,8 @@ Files files() {
     addSpreadsheets(out);
     addEmails(out);
     addPhotos(out);
+    addVideos(out);
+    addDocuments(out);
     std::sort(out.begin(), out.end());
     return out;
 }

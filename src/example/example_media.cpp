@@ -27,11 +27,6 @@ std::string jpegOf(const std::string& png) {
     return std::string(static_cast<const char*>(buffer), size);
 }
 
-cairo_status_t append(void* closure, const unsigned char* data, unsigned int length) {
-    static_cast<std::string*>(closure)->append(reinterpret_cast<const char*>(data), length);
-    return CAIRO_STATUS_SUCCESS;
-}
-
 struct Bubble {
     bool mine;
     const char* text;
@@ -82,7 +77,7 @@ std::string screenshot(const char* title, const std::vector<Bubble>& bubbles) {
     g_object_unref(layout);
 
     std::string png;
-    cairo_surface_write_to_png_stream(surface, append, &png);
+    cairo_surface_write_to_png_stream(surface, appendBytes, &png);
     cairo_destroy(cr);
     cairo_surface_destroy(surface);
     return png;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cairo.h>
+
 #include <string>
 #include <utility>
 #include <vector>
@@ -27,6 +29,11 @@ void addLine(Files& out);
 void addSpreadsheets(Files& out);
 void addEmails(Files& out);
 void addPhotos(Files& out);
+void addVideos(Files& out);
+void addDocuments(Files& out);
+
+// A cairo write function that appends to the std::string `closure`.
+cairo_status_t appendBytes(void* closure, const unsigned char* data, unsigned int length);
 
 // The image (JPEG, PNG, ...) with these EXIF tags added, as a phone's camera
 // writes them ({"Exif.Photo.DateTimeOriginal", "2024:03:05 07:08:09"});

@@ -6,12 +6,12 @@
 
 namespace kinfolio::ExampleFolder {
 
-namespace {
-
-cairo_status_t append(void* closure, const unsigned char* data, unsigned int length) {
+cairo_status_t appendBytes(void* closure, const unsigned char* data, unsigned int length) {
     static_cast<std::string*>(closure)->append(reinterpret_cast<const char*>(data), length);
     return CAIRO_STATUS_SUCCESS;
 }
+
+namespace {
 
 void person(cairo_t* cr, double x, double ground, double r, double g, double b) {
     cairo_set_source_rgb(cr, 0.32, 0.22, 0.16);
@@ -79,7 +79,7 @@ std::string photo(int variant) {
     person(cr, 350, 440, 0.2, 0.4, 0.75);
 
     std::string png;
-    cairo_surface_write_to_png_stream(surface, append, &png);
+    cairo_surface_write_to_png_stream(surface, appendBytes, &png);
     cairo_destroy(cr);
     cairo_surface_destroy(surface);
     return png;

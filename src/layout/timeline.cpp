@@ -259,7 +259,8 @@ std::vector<Piece> Layout::render(const Evidence& item) {
         case ItemKind::document: {
             std::string title = redact(item.text);
             pieces.push_back(meta(line(title.empty() ? "Document" : "Document: " + title), false));
-            append(pieces, pictures(item));
+            if (const auto& path = item.details().imageURL)
+                if (auto page = documentPiece(*path)) pieces.push_back(std::move(*page));
             space = 8;
             break;
         }

@@ -66,7 +66,7 @@ TEST_F(AppModelWorkflow, TheExampleFromChoiceToSavedPdf) {
     EXPECT_EQ(s.phase, Phase::ready);
     ASSERT_TRUE(s.scan);
     EXPECT_TRUE(s.scan->skipped.empty());
-    EXPECT_EQ(s.scan->sources.size(), 11u);
+    EXPECT_EQ(s.scan->sources.size(), 13u);
     EXPECT_FALSE(s.errorMessage);
 
     size_t items = 0;

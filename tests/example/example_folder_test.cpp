@@ -71,6 +71,10 @@ TEST_F(ExampleFolderTest, EveryTextIsValidUtf8AndEveryPictureWhatItsNameSays) {
             EXPECT_TRUE(bytes.starts_with("\xFF\xD8\xFF")) << path;
         else if (path.ends_with(".zip"))
             EXPECT_TRUE(bytes.starts_with("PK\x03\x04")) << path;
+        else if (path.ends_with(".pdf"))
+            EXPECT_TRUE(bytes.starts_with("%PDF-")) << path;
+        else if (path.ends_with(".mp4"))
+            EXPECT_EQ(bytes.substr(4, 4), "ftyp") << path;
         else
             EXPECT_TRUE(isValidUtf8(bytes)) << path;
     }
@@ -261,6 +265,8 @@ TEST(ExampleFolderScan, EveryExportIsReadWithoutASkippedFileOrANote) {
                            {SourceKind::chatCSV, "SMS with Jonas"},
                            {SourceKind::photos, "Photos"},
                            {SourceKind::screenshots, "Screenshots"},
+                           {SourceKind::videos, "Videos"},
+                           {SourceKind::documents, "Documents"},
                            {SourceKind::emails, "Emails"},
                        }));
     // Every file is a source's file, the chats' photos too; a Quillory

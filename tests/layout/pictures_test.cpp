@@ -21,15 +21,6 @@ using testing::TempFolder;
 
 class Pictures : public ::testing::Test {
 protected:
-    void SetUp() override {
-        ::setenv("XDG_CONFIG_HOME", home.path().c_str(), 1);
-        ::setenv("XDG_CACHE_HOME", home.path().c_str(), 1);
-    }
-    void TearDown() override {
-        ::unsetenv("XDG_CONFIG_HOME");
-        ::unsetenv("XDG_CACHE_HOME");
-    }
-
     // Exports the folder with every item and the given hidden words; the
     // bytes of the PDF, or a failure with what the command said.
     std::string exportPDF(const std::string& hidden = "") {
@@ -42,7 +33,8 @@ protected:
         return readFile(target);
     }
 
-    TempFolder home, materials, output;
+    testing::ScopedHome home;
+    TempFolder materials, output;
 };
 
 // The pictures drawn on all pages of the document.

@@ -15,6 +15,8 @@
 #include <string>
 #include <vector>
 
+#include "example/example_parts.h"
+
 namespace kinfolio::Sample {
 
 // One page: its size in points and a noise image of the given pixels (noise
@@ -27,11 +29,6 @@ struct Page {
 
 inline std::string pageLabel(size_t i, size_t n) {
     return "Page " + std::to_string(i + 1) + " of " + std::to_string(n);
-}
-
-inline cairo_status_t appendBytes(void* closure, const unsigned char* data, unsigned int length) {
-    static_cast<std::string*>(closure)->append(reinterpret_cast<const char*>(data), length);
-    return CAIRO_STATUS_SUCCESS;
 }
 
 inline void drawNoise(cairo_t* cr, const Page& page, std::mt19937& random) {
@@ -62,7 +59,8 @@ inline void drawNoise(cairo_t* cr, const Page& page, std::mt19937& random) {
 // and a child "Detail i" with an explicit page destination on every third.
 inline std::string makeExport(const std::vector<Page>& pages, unsigned seed = 1) {
     std::string raw;
-    cairo_surface_t* surface = cairo_pdf_surface_create_for_stream(appendBytes, &raw, 400, 500);
+    cairo_surface_t* surface =
+        cairo_pdf_surface_create_for_stream(ExampleFolder::appendBytes, &raw, 400, 500);
     cairo_t* cr = cairo_create(surface);
     std::mt19937 random(seed);
     size_t n = pages.size();

@@ -61,19 +61,20 @@ std::string folderFingerprint(const std::string& folder) {
     return out;
 }
 
-ScopedCacheHome::ScopedCacheHome() {
-    if (const char* old = std::getenv("XDG_CACHE_HOME")) {
+ScopedEnvironment::ScopedEnvironment(std::string name, const std::string& value)
+    : name_(std::move(name)) {
+    if (const char* old = std::getenv(name_.c_str())) {
         previous_ = old;
         hadPrevious_ = true;
     }
-    ::setenv("XDG_CACHE_HOME", folder_.path().c_str(), 1);
+    ::setenv(name_.c_str(), value.c_str(), 1);
 }
 
-ScopedCacheHome::~ScopedCacheHome() {
+ScopedEnvironment::~ScopedEnvironment() {
     if (hadPrevious_)
-        ::setenv("XDG_CACHE_HOME", previous_.c_str(), 1);
+        ::setenv(name_.c_str(), previous_.c_str(), 1);
     else
-        ::unsetenv("XDG_CACHE_HOME");
+        ::unsetenv(name_.c_str());
 }
 
 }  // namespace kinfolio::testing

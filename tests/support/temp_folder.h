@@ -28,18 +28,43 @@ std::string readFile(const std::string& path);
 // modification time and content hash), to prove a folder was left untouched.
 std::string folderFingerprint(const std::string& folder);
 
+// Sets an environment variable for the life of the object, then puts back
+// what was there before.
+class ScopedEnvironment {
+public:
+    ScopedEnvironment(std::string name, const std::string& value);
+    ~ScopedEnvironment();
+    ScopedEnvironment(const ScopedEnvironment&) = delete;
+    ScopedEnvironment& operator=(const ScopedEnvironment&) = delete;
+
+private:
+    std::string name_, previous_;
+    bool hadPrevious_ = false;
+};
+
 // Points $XDG_CACHE_HOME at a temporary folder for the life of the object,
 // so tests never touch the user's real cache.
 class ScopedCacheHome {
 public:
-    ScopedCacheHome();
-    ~ScopedCacheHome();
+    ScopedCacheHome() : cache_("XDG_CACHE_HOME", folder_.path()) {}
     const std::string& path() const { return folder_.path(); }
 
 private:
     TempFolder folder_;
-    std::string previous_;
-    bool hadPrevious_ = false;
+    ScopedEnvironment cache_;
+};
+
+// The same for the settings and the cache together, as a command run by a
+// test sees them.
+class ScopedHome {
+public:
+    ScopedHome()
+        : config_("XDG_CONFIG_HOME", folder_.path()), cache_("XDG_CACHE_HOME", folder_.path()) {}
+    const std::string& path() const { return folder_.path(); }
+
+private:
+    TempFolder folder_;
+    ScopedEnvironment config_, cache_;
 };
 
 }  // namespace kinfolio::testing

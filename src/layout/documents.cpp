@@ -1,0 +1,73 @@
+#include <poppler.h>
+
+#include <cmath>
+#include <memory>
+
+#include "layout/layout.h"
+
+namespace kinfolio {
+
+namespace {
+
+void unrefPage(PopplerPage* page) {
+    if (page) g_object_unref(page);
+}
+
+// The first page of the PDF at `path`; it keeps its document open for as long
+// as it lives. None when the file is gone or cannot be opened.
+std::shared_ptr<PopplerPage> firstPage(const std::string& path) {
+    char* uri = g_filename_to_uri(path.c_str(), nullptr, nullptr);
+    if (!uri) return nullptr;
+    GError* error = nullptr;
+    PopplerDocument* document = poppler_document_new_from_file(uri, nullptr, &error);
+    g_free(uri);
+    if (error) g_error_free(error);
+    if (!document) return nullptr;
+    PopplerPage* page = poppler_document_get_n_pages(document) > 0
+                            ? poppler_document_get_page(document, 0)
+                            : nullptr;
+    g_object_unref(document);  // the page holds its own reference
+    return std::shared_ptr<PopplerPage>(page, unrefPage);
+}
+
+}  // namespace
+
+std::optional<Piece> Layout::documentPiece(const std::string& path) {
+    auto page = firstPage(path);
+    if (!page) return std::nullopt;
+    // Already in the orientation the page is shown in: a page turned by 90
+    // or 270 degrees reports its width and height swapped.
+    double width = 0, height = 0;
+    poppler_page_get_size(page.get(), &width, &height);
+    if (!(width >= 1 && height >= 1)) return std::nullopt;
+    double scale = std::min({contentWidth() * 0.62 / width, 360 / height, 1.5});
+    double drawnWidth = std::floor(width * scale), drawnHeight = std::floor(height * scale);
+    if (drawnWidth < 1 || drawnHeight < 1) return std::nullopt;
+
+    Piece piece;
+    piece.height = drawnHeight + 10;
+    piece.draw = [page, x = margin, width, height, drawnWidth, drawnHeight](cairo_t* cr,
+                                                                            double top) {
+        cairo_save(cr);
+        // A sheet of paper, so a page without its own background reads as one.
+        cairo_rectangle(cr, x, top, drawnWidth, drawnHeight);
+        setSource(cr, Colours::page);
+        cairo_fill_preserve(cr);
+        cairo_clip(cr);
+        cairo_translate(cr, x, top);
+        cairo_scale(cr, drawnWidth / width, drawnHeight / height);
+        // Vectors onto our page: its text stays text, its images keep their
+        // own compression. Printing mode draws what the page would print.
+        poppler_page_render_for_printing(page.get(), cr);
+        cairo_restore(cr);
+        cairo_save(cr);
+        cairo_rectangle(cr, x - 0.25, top - 0.25, drawnWidth + 0.5, drawnHeight + 0.5);
+        setSource(cr, Colours::rule);
+        cairo_set_line_width(cr, 0.5);
+        cairo_stroke(cr);
+        cairo_restore(cr);
+    };
+    return piece;
+}
+
+}  // namespace kinfolio

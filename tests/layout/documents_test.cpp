@@ -1,0 +1,105 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <filesystem>
+#include <sstream>
+
+#include "app/export_job.h"
+#include "cli/cli.h"
+#include "scan/scanner.h"
+#include "support/documents.h"
+#include "support/pdf_reader.h"
+#include "support/temp_folder.h"
+
+// PDF documents on the page, checked as a user meets them: the folder is
+// exported and the written PDF read back as text and pixels.
+namespace kinfolio {
+namespace {
+
+using testing::makePDF;
+using testing::PDFSpec;
+using testing::readFile;
+using testing::TempFolder;
+
+constexpr uint32_t kPaper = 0xF0C8A0;
+
+class Documents : public ::testing::Test {
+protected:
+    std::string exportPDF() {
+        std::string target = output.path() + "/out.pdf";
+        std::ostringstream out, err;
+        EXPECT_EQ(cli::run({"export", materials.path(), "-o", target}, out, err), 0) << err.str();
+        return readFile(target);
+    }
+
+    // The 0-based page whose text holds `words`, or -1.
+    static int pageWith(const testing::ReadPDF& read, const std::string& words) {
+        for (size_t i = 0; i < read.pages.size(); ++i)
+            if (read.flat(i).find(words) != std::string::npos) return static_cast<int>(i);
+        return -1;
+    }
+
+    testing::ScopedHome home;
+    TempFolder materials, output;
+};
+
+// The first page is drawn as vectors: its words are text in the export, and
+// its drawn size follows the page's shape, a turned page shown as turned.
+TEST_F(Documents, TheFirstPageIsDrawnAsTextAtItsShape) {
+    struct Case {
+        const char* file;
+        testing::PDFSpec spec;
+        const char* words;
+        double width, height;  // drawn, in points
+    } cases[] = {
+        // A4 portrait: the height limit of 360 points decides.
+        {"Booking.pdf",
+         PDFSpec({"Booking reference Issued: 3 March 2025", "Second page words"},
+                 "2025-01-01T00:00:00")
+             .onPaper(kPaper),
+         "Booking reference Issued: 3 March 2025", std::floor(595 * 360 / 842.0), 360},
+        // Portrait pages turned by 90 degrees show landscape: the width limit
+        // (62 % of the 495-point column) decides.
+        {"Turned.pdf",
+         PDFSpec({"Turned page words 4 April 2025"}, "2025-01-01T00:00:00")
+             .turned(90)
+             .onPaper(kPaper),
+         "Turned page words", std::floor(495 * 0.62), std::floor(595 * (495 * 0.62 / 842))},
+    };
+    for (const auto& c : cases)
+        materials.write(c.file, makePDF(c.spec));
+
+    std::string pdf = exportPDF();
+    EXPECT_TRUE(testing::qpdfCheckPasses(pdf));
+    auto read = testing::readPDF(pdf);
+    EXPECT_EQ(pageWith(read, "Second page words"), -1) << "only the first page is drawn";
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.file);
+        int page = pageWith(read, c.words);
+        ASSERT_GE(page, 0) << read.allFlat();
+        testing::Raster raster = testing::rasterise(pdf, page, 1);
+        testing::Box paper =
+            testing::boxOf(raster, kPaper, {0, 0, raster.width - 1, raster.height - 1});
+        ASSERT_FALSE(paper.empty());
+        EXPECT_NEAR(paper.maxX - paper.minX + 1, c.width, 2);
+        EXPECT_NEAR(paper.maxY - paper.minY + 1, c.height, 2);
+    }
+}
+
+// The window scans first and exports later: a document that became
+// unreadable in between costs its page, never the export.
+TEST_F(Documents, ADocumentDamagedAfterTheScanCostsOnlyItsPage) {
+    materials.write("Lease.pdf",
+                    makePDF(PDFSpec({"Tenancy agreement 1 May 2025"}, "2025-01-01T00:00:00")));
+    ScanResult scan = Scanner::scan(materials.path(), DateOrder::automatic, "UTC");
+    materials.write("Lease.pdf", "no longer a PDF");
+
+    std::string target = output.path() + "/out.pdf";
+    ExportJob::run(AppServices::standard(), scan, Settings::defaults(), target);
+    auto read = testing::readPDF(readFile(target));
+    EXPECT_GE(pageWith(read, "Document: Lease"), 0) << read.allFlat();
+    EXPECT_EQ(pageWith(read, "Tenancy agreement 1 May"), -1);
+}
+
+}  // namespace
+}  // namespace kinfolio
