@@ -77,6 +77,9 @@ JsonValue parseJson(simdjson::dom::document& into, std::string_view data, size_t
     // when one is needed) are freed when it goes out of scope here; only the
     // document stays.
     simdjson::dom::parser parser;
+    // Editors on some systems start a saved file with a byte-order mark;
+    // JSON has no use for it and simdjson refuses it.
+    if (data.starts_with("\xEF\xBB\xBF")) data.remove_prefix(3);
     bool copy = slack < simdjson::SIMDJSON_PADDING;
     JsonValue root;
     auto error = parser.parse_into_document(into, data.data(), data.size(), copy).get(root);

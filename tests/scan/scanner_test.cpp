@@ -104,7 +104,7 @@ TEST(Scan, GivesEachUnusableFileItsReason) {
 
 // A text file is read as what it starts with: an e-mail by its headers or a
 // mailbox line, a chat by its first message line, whatever it quotes below.
-TEST(Scan, RoutesATextFileByWhatItStartsWith) {
+TEST(Scan, RoutesAFileByWhatItStartsWith) {
     TempFolder dir;
     dir.write(
         "booking.txt",
@@ -114,14 +114,27 @@ TEST(Scan, RoutesATextFileByWhatItStartsWith) {
               "From: Sam <sam@example.com>\nTo: Alex <alex@example.com>\n"
               "Date: Sun, 5 Jan 2025 08:00:00 +0000\nSubject: Flights\n\nBooked.\n");
     dir.write("line.txt", "2025/06/14(Sat)\n09:15\tSam Lee\tHi\n");
+    // JSON saved with a byte-order mark, as some editors and tools write it.
+    const std::string bom = "\xEF\xBB\xBF";
+    dir.write("telegram/result.json",
+              bom + R"({"name": "Sam", "type": "personal_chat", "id": 1, "messages": [
+                  {"id": 1, "type": "message", "date": "2025-01-05T09:00:00",
+                   "from": "Sam", "text": "hi"}]})");
+    dir.write("messenger/message_1.json",
+              bom + R"({"participants": [{"name": "Sam"}, {"name": "Alex"}], "title": "Sam",
+                  "messages": [{"sender_name": "Sam", "timestamp_ms": 1736067600000,
+                                "content": "hi"}]})");
     ScanResult r = scan(dir.path(), DateOrder::automatic, "UTC");
-    EXPECT_TRUE(r.skipped.empty());
+    EXPECT_TRUE(r.skipped.empty()) << r.skipped.front().path << ": " << r.skipped.front().reason;
     std::map<std::string, SourceKind> kinds;
     for (const auto& source : r.sources)
         kinds[source.files.at(0).path] = source.kind;
-    std::map<std::string, SourceKind> expected = {{"booking.txt", SourceKind::whatsapp},
-                                                  {"mail.txt", SourceKind::emails},
-                                                  {"line.txt", SourceKind::line}};
+    std::map<std::string, SourceKind> expected = {
+        {"booking.txt", SourceKind::whatsapp},
+        {"mail.txt", SourceKind::emails},
+        {"line.txt", SourceKind::line},
+        {"telegram/result.json", SourceKind::telegram},
+        {"messenger/message_1.json", SourceKind::messenger}};
     EXPECT_EQ(kinds, expected);
 }
 
