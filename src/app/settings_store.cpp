@@ -17,7 +17,8 @@ StoredState SettingsStore::load() const {
     if (!file) return state;
     Json json = Json::parse(file->bytes(), nullptr, /*allow_exceptions=*/false);
     if (!json.is_object()) return state;
-    if (auto it = json.find("settings"); it != json.end()) state.settings = decode(*it);
+    if (auto it = json.find("settings"); it != json.end())
+        state.settings = decode(*it, &state.warnings);
     if (auto it = json.find("materialsFolderBookmark"); it != json.end() && it->is_string())
         state.folder = it->get<std::string>();
     return state;

@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "model/settings.h"
 
@@ -11,6 +12,8 @@ namespace kinfolio {
 struct StoredState {
     std::optional<Settings> settings;  // none when absent or not decodable
     std::optional<std::string> folder;
+    // What was put right while loading, for the user to read.
+    std::vector<std::string> warnings;
 };
 
 // One JSON file per user: {"settings": {...}, "materialsFolderBookmark": path}.

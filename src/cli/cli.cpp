@@ -117,9 +117,14 @@ int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
     }
 
     try {
-        inv.settings = settingsFile
-                           ? settingsFromFile(*settingsFile)
-                           : SettingsStore().load().settings.value_or(Settings::defaults());
+        if (settingsFile) {
+            inv.settings = settingsFromFile(*settingsFile);
+        } else {
+            StoredState stored = SettingsStore().load();
+            for (const auto& warning : stored.warnings)
+                err << "kinfolio-cli: " << warning << "\n";
+            inv.settings = stored.settings.value_or(Settings::defaults());
+        }
         for (const auto& [key, value] : sets)
             setField(inv.settings, key, value);
     } catch (const EvidenceError& e) {

@@ -102,6 +102,14 @@ std::string duration(double seconds) {
     return std::to_string(s / 3600) + " h " + std::to_string((s % 3600) / 60) + " min";
 }
 
+bool isKnownTimeZone(std::string_view id) {
+    if (id.empty()) return false;
+    // An unknown id gives ICU's "Etc/Unknown" zone rather than an error.
+    std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::createTimeZone(toUnicode(id)));
+    icu::UnicodeString found;
+    return zone && zone->getID(found) != icu::UnicodeString(UCAL_UNKNOWN_ZONE_ID);
+}
+
 const std::vector<std::string>& commonTimeZones() {
     static const std::vector<std::string> zones = [] {
         std::set<std::string> ids = {

@@ -36,6 +36,8 @@ std::string duration(double seconds);
 
 // Sorted zone identifiers offered by the time-zone setting.
 const std::vector<std::string>& commonTimeZones();
+// Whether ICU knows the zone ("Europe/London", "UTC", "Asia/Kolkata").
+bool isKnownTimeZone(std::string_view id);
 
 struct CivilTime {
     int year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0;

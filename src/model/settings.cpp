@@ -131,6 +131,25 @@ constexpr Field day(std::string_view key) {
             [](Settings& s, std::string_view t, std::string_view k) { s.*M = textDate(t, k); },
             [](const Settings& s) { return Json(s.*M); }};
 }
+// A time zone ICU knows; any other name would quietly read times as UTC.
+std::string knownZone(std::string text, std::string_view key) {
+    if (!Calendar::isKnownTimeZone(text))
+        throw EvidenceError::invalid("The setting " + quoted(key) +
+                                     " must be a time zone such as \u201cEurope/London\u201d; " +
+                                     quoted(std::string_view(text)) + " is not one.");
+    return text;
+}
+template <std::string Settings::*M>
+constexpr Field zone(std::string_view key) {
+    return {key,
+            [](Settings& s, const Json& v, std::string_view k) {
+                s.*M = knownZone(jsonString(v, k), k);
+            },
+            [](Settings& s, std::string_view t, std::string_view k) {
+                s.*M = knownZone(std::string(t), k);
+            },
+            [](const Settings& s) { return Json(s.*M); }};
+}
 // Lists are only read from JSON: a command line has no good way to write one.
 template <std::set<std::string> Settings::*M>
 constexpr Field list(std::string_view key) {
@@ -167,7 +186,7 @@ const std::array<Field, 19> kFields = {
     choice<Arrangement, &Settings::arrangement, kArrangementRaw>("arrangement"),
     count<&Settings::maxFileMB>("maxFileMB"),
     choice<DateOrder, &Settings::dateOrder, kDateOrderRaw>("dateOrder"),
-    text<&Settings::timeZoneID>("timeZoneID"),
+    zone<&Settings::timeZoneID>("timeZoneID"),
     list<&Settings::excludedSources>("excludedSources"),
     list<&Settings::excludedItems>("excludedItems"),
     list<&Settings::addedItems>("addedItems"),
@@ -249,14 +268,24 @@ Json encode(const Settings& s) {
     return j;
 }
 
-std::optional<Settings> decode(const Json& json) {
+std::optional<Settings> decode(const Json& json, std::vector<std::string>* warnings) {
     if (!json.is_object()) return std::nullopt;
     Settings s = Settings::defaults();
     try {
         for (const auto& f : kFields) {
             auto it = json.find(std::string(f.key));
             if (it == json.end()) return std::nullopt;
-            f.fromJson(s, *it, f.key);
+            try {
+                f.fromJson(s, *it, f.key);
+            } catch (const EvidenceError& e) {
+                // A zone this computer's ICU does not know (one renamed, or a
+                // file from elsewhere) costs only itself: this computer's zone
+                // stands in, and the caller says so.
+                if (f.key != "timeZoneID") throw;
+                if (warnings)
+                    warnings->push_back(std::string(e.what()) + " Using " + s.timeZoneID +
+                                        " instead.");
+            }
         }
     } catch (const EvidenceError&) {
         return std::nullopt;

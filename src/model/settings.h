@@ -66,8 +66,10 @@ Instant now();
 // The stored form: one JSON object holding every field under its own name,
 // points in time as seconds since 2001-01-01.
 Json encode(const Settings& settings);
-// Strict: every key must be present with the right type, else nothing.
-std::optional<Settings> decode(const Json& json);
+// Strict: every key must be present with the right type, else nothing; only
+// a time zone this computer does not know is replaced by its own zone, with a
+// sentence for the user added to `warnings`.
+std::optional<Settings> decode(const Json& json, std::vector<std::string>* warnings = nullptr);
 // Lenient: the keys present are applied over `base`. Throws EvidenceError
 // naming an unknown key or a value of the wrong type.
 Settings applyPartial(Settings base, const Json& json);

@@ -98,6 +98,27 @@ TEST(Settings, SetFieldReadsScalarsFromText) {
     EXPECT_THROW(setField(s, "maxFileMB", "10MB"), EvidenceError);
     EXPECT_THROW(setField(s, "excludedItems", "a"), EvidenceError);
     EXPECT_THROW(setField(s, "nope", "a"), EvidenceError);
+    setField(s, "timeZoneID", "Asia/Kolkata");
+    EXPECT_EQ(s.timeZoneID, "Asia/Kolkata");
+    EXPECT_EQ(testing::errorOf([&] { setField(s, "timeZoneID", "Mars/Base"); }),
+              "The setting \u201ctimeZoneID\u201d must be a time zone such as "
+              "\u201cEurope/London\u201d; \u201cMars/Base\u201d is not one.");
+    EXPECT_EQ(s.timeZoneID, "Asia/Kolkata");
+}
+
+// A saved zone this computer does not know costs only itself, with a warning.
+TEST(Settings, StrictDecodingReplacesAnUnknownZoneAndSaysSo) {
+    Settings saved = Settings::defaults();
+    saved.title = "Visa 2025";
+    Json json = encode(saved);
+    json["timeZoneID"] = "Mars/Base";
+    std::vector<std::string> warnings;
+    auto back = decode(json, &warnings);
+    ASSERT_TRUE(back.has_value());
+    EXPECT_EQ(back->title, "Visa 2025");
+    EXPECT_EQ(back->timeZoneID, Settings::defaults().timeZoneID);
+    ASSERT_EQ(warnings.size(), 1u);
+    EXPECT_NE(warnings[0].find("\u201cMars/Base\u201d is not one. Using "), std::string::npos);
 }
 
 TEST(Settings, PaperSizesAndDisplayNames) {
