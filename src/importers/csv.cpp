@@ -119,10 +119,39 @@ bool hasChatColumns(const CsvRow& header) {
            column(header, "text");
 }
 
+namespace {
+
+// Rows without the byte-order marks some spreadsheet programs write.
+std::vector<CsvRow> rowsOf(std::string_view text) {
+    return text.find("\uFEFF") == std::string_view::npos ? csvRows(text)
+                                                         : csvRows(removeAll(text, "\uFEFF"));
+}
+
+}  // namespace
+
+bool datesReadEitherWay(std::string_view text) {
+    std::vector<CsvRow> rows;
+    try {
+        rows = rowsOf(text);
+    } catch (const EvidenceError&) {
+        return false;
+    }
+    if (rows.size() < 2) return false;
+    CsvRow header = normalised(rows.front());
+    bool quillory = isQuillory(header);
+    auto dateCol = column(header, quillory ? "date_local" : "date");
+    if (!dateCol) return false;
+    for (size_t r = 1; r < rows.size(); ++r) {
+        if (rows[r].size() <= *dateCol) return false;
+        std::string cell = quillory ? prefixCodePoints(rows[r][*dateCol], 19) : rows[r][*dateCol];
+        auto dayFirst = Importer::date(cell, DateOrder::dayFirst);
+        if (!dayFirst || dayFirst != Importer::date(cell, DateOrder::monthFirst)) return false;
+    }
+    return true;
+}
+
 ImportResult csv(std::string_view text, const std::string& fileID, DateOrder order) {
-    std::vector<CsvRow> rows = text.find("\uFEFF") == std::string_view::npos
-                                   ? csvRows(text)
-                                   : csvRows(removeAll(text, "\uFEFF"));
+    std::vector<CsvRow> rows = rowsOf(text);
     if (rows.empty()) throw EvidenceError::invalid("CSV is empty.");
     const SharedText sharedID(fileID);
     CsvRow header = normalised(rows.front());

@@ -21,6 +21,11 @@ std::optional<CsvRow> csvHeader(std::string_view text);
 // Whether a normalised header has a date, a sender and a text column.
 bool hasChatColumns(const CsvRow& header);
 
+// Whether every date cell of a chat spreadsheet reads as the same time in
+// either date order ("2025-01-06 09:00", "6 Jan 2025"), so the order needs
+// no note; false when the text is no readable chat spreadsheet.
+bool datesReadEitherWay(std::string_view text);
+
 // The messages of a chat spreadsheet, generic or Quillory, positioned by row
 // number (the header is row 1). Throws EvidenceError.
 ImportResult csv(std::string_view text, const std::string& fileID, DateOrder order);

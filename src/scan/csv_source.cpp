@@ -9,6 +9,8 @@ namespace kinfolio::Scanner {
 
 void readChatCsv(ScanContext& ctx, Record& csv, std::string_view text) {
     ChatDateOrder dates = chatDateOrder(text, ctx.order);
+    // The note is for dates that could be misread; ISO dates cannot.
+    if (dates.note && Importer::datesReadEitherWay(text)) dates.note.reset();
     try {
         auto read = Importer::csv(text, csv.file.sha256, dates.order);
         std::vector<std::string> notes;

@@ -54,6 +54,17 @@ TEST(CsvSource, AutomaticOrderFollowsTheDatesOrAssumesDayFirst) {
         scanOne("c.csv", "date,sender,text\n05/01/2025 09:00,Sam,Hi\n", DateOrder::monthFirst);
     EXPECT_TRUE(chosen.sources.at(0).notes.empty());
     EXPECT_EQ(firstDate(chosen), "2025-05-01 09:00");
+    // Dates that read the same either way need no note: ISO throughout.
+    ScanResult iso =
+        scanOne("d.csv", "date,sender,text\n2025-01-06 09:00,Sam,Hi\n2025-02-03 10:00,Alex,Yes\n",
+                DateOrder::automatic);
+    EXPECT_TRUE(iso.sources.at(0).notes.empty());
+    EXPECT_EQ(firstDate(iso), "2025-01-06 09:00");
+    // One cell that could be misread brings the note back.
+    ScanResult mixed =
+        scanOne("e.csv", "date,sender,text\n2025-01-06 09:00,Sam,Hi\n05/01/2025 09:00,Sam,Hi\n",
+                DateOrder::automatic);
+    EXPECT_EQ(mixed.sources.at(0).notes, std::vector<std::string>{kDayFirstNote});
 }
 
 TEST(CsvSource, RefusedSpreadsheetIsSkippedWithTheImportersReason) {
