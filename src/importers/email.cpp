@@ -160,9 +160,13 @@ std::optional<Evidence> email(std::string_view message, const std::string& fileI
     auto [headers, body] = splitHeaderBlock(lineFeeds(message, storage));
     auto date = emailDate(headerValue(headers, "date"));
     if (!date) return std::nullopt;
-    std::string from = decodeHeader(headerValue(headers, "from"));
-    std::string to = decodeHeader(headerValue(headers, "to"));
-    std::string subject = decodeHeader(headerValue(headers, "subject"));
+    // Headers should be ASCII; old mail programs wrote names in raw 8-bit,
+    // nearly always ISO Latin-1.
+    auto header = [&](const std::string& name) {
+        std::string_view value = headerValue(headers, name);
+        return decodeHeader(isValidUtf8(value) ? std::string(value) : latin1ToUtf8(value));
+    };
+    std::string from = header("from"), to = header("to"), subject = header("subject");
 
     Evidence e;
     e.kind = ItemKind::email;

@@ -47,7 +47,9 @@ std::string decodeHeader(std::string_view value);
 std::optional<Instant> emailDate(std::string_view value);
 
 // One e-mail item; none when the message has no readable date. `position`
-// is the message's 1-based place in its file.
+// is the message's 1-based place in its file. The message may be raw bytes:
+// each part is decoded by its own charset, and header values in raw 8-bit
+// are read as ISO Latin-1, so the item's texts are always UTF-8.
 std::optional<Evidence> email(std::string_view message, const std::string& fileID,
                               int64_t position);
 

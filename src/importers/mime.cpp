@@ -64,21 +64,6 @@ std::optional<Part> choosePart(std::string_view body, const std::string& boundar
     return fallback;
 }
 
-std::string latin1ToUtf8(std::string_view bytes) {
-    std::string out;
-    out.reserve(bytes.size());
-    for (char ch : bytes) {
-        auto c = static_cast<unsigned char>(ch);
-        if (c < 0x80) {
-            out += ch;
-        } else {
-            out += static_cast<char>(0xC0 | (c >> 6));
-            out += static_cast<char>(0x80 | (c & 0x3F));
-        }
-    }
-    return out;
-}
-
 bool startsWithNoCase(std::string_view text, size_t at, std::string_view lowerPrefix) {
     return asciiLower(text.substr(at, lowerPrefix.size())) == lowerPrefix;
 }
@@ -182,6 +167,21 @@ int hexValue(char c) {
 }
 
 }  // namespace
+
+std::string latin1ToUtf8(std::string_view bytes) {
+    std::string out;
+    out.reserve(bytes.size());
+    for (char ch : bytes) {
+        auto c = static_cast<unsigned char>(ch);
+        if (c < 0x80) {
+            out += ch;
+        } else {
+            out += static_cast<char>(0xC0 | (c >> 6));
+            out += static_cast<char>(0x80 | (c & 0x3F));
+        }
+    }
+    return out;
+}
 
 std::optional<std::string> base64(std::string_view text) {
     if (text.size() % 4 != 0) return std::nullopt;

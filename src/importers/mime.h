@@ -17,6 +17,9 @@ std::optional<std::string> base64(std::string_view text);
 // Decoded bytes; malformed escapes are kept as written.
 std::string quotedPrintable(std::string_view text);
 
+// ISO Latin-1 bytes as UTF-8: every byte is the code point of its value.
+std::string latin1ToUtf8(std::string_view bytes);
+
 // Readable plain text of a message or part: a plain-text part is preferred
 // in multiparts (followed to any depth), transfer encodings and the Latin-1
 // or UTF-8 charset are decoded, HTML is reduced to its text.

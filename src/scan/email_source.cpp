@@ -18,4 +18,14 @@ void readEmailText(ScanContext& ctx, Record& mail, std::string_view text) {
     emails.files.push_back(mail.file);
 }
 
+void readEmailFile(ScanContext& ctx, Record& mail, std::string_view bytes) {
+    // A mailbox kept for decades mixes encodings. A file that is not UTF-8
+    // or UTF-16 as a whole is split into its messages as bytes, and each
+    // message decodes its own parts, so one old Latin-1 message costs at
+    // most itself instead of the whole mailbox.
+    std::string decoded;
+    auto text = textOf(bytes, decoded);
+    readEmailText(ctx, mail, text ? *text : bytes);
+}
+
 }  // namespace kinfolio::Scanner

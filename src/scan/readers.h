@@ -15,6 +15,8 @@ void readZip(ScanContext& ctx, Record& zip, std::string_view bytes);
 void readWhatsAppText(ScanContext& ctx, Record& chat, std::string_view text);
 void readLineText(ScanContext& ctx, Record& chat, std::string_view text);
 void readEmailText(ScanContext& ctx, Record& mail, std::string_view text);
+// An .eml or .mbox file, in whatever encoding its messages were written.
+void readEmailFile(ScanContext& ctx, Record& mail, std::string_view bytes);
 void readTelegram(ScanContext& ctx, Record& json, std::string_view bytes);
 void readMeta(ScanContext& ctx, Record& json, std::string_view bytes);
 void readChatCsv(ScanContext& ctx, Record& csv, std::string_view text);

@@ -57,7 +57,7 @@ const std::vector<Route>& routes() {
          nullptr,
          "Data file that is not a Telegram, Messenger or Instagram export."},
         {{"html"}, bytes, nullptr, readWebPage},
-        {{"eml", "mbox"}, text, nullptr, readEmailText},
+        {{"eml", "mbox"}, bytes, nullptr, readEmailFile},
         {{"pdf"}, bytes, nullptr, readDocument, {}, Pass::media},
         {{"jpg", "jpeg", "heic", "heif", "png", "gif", "tif", "tiff", "webp"},
          bytes,

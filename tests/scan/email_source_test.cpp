@@ -108,6 +108,28 @@ TEST_F(EmailScan, Utf16MessageIsDecodedFirst) {
     EXPECT_EQ(result["sources"][0]["detail"], "1 email \u00b7 Jan 2025");
 }
 
+// One old message in raw ISO Latin-1 costs nothing: each message of a
+// mailbox is decoded on its own, by its declared charset, and 8-bit header
+// values as Latin-1.
+TEST_F(EmailScan, ALatin1MessageInAMailboxIsReadWithTheOthers) {
+    write(folder / "Mail" / "archive.mbox",
+          "From sam@example.com Mon Jan  6 09:00:00 2025\n"
+          "From: Sam\nSubject: New\nDate: Mon, 6 Jan 2025 09:00:00 +0000\n"
+          "Content-Type: text/plain; charset=utf-8\n\nCaf\xC3\xA9 at nine\n"
+          "From zoe@example.com Sat Mar  1 10:00:00 2003\n"
+          "From: Zo\xEB\nSubject: Cr\xE8me br\xFBl\xE9"
+          "e\nDate: Sat, 1 Mar 2003 10:00:00 +0100\n"
+          "Content-Type: text/plain; charset=ISO-8859-1\n\nCaf\xE9 \xE0 neuf heures\n");
+    Json result = scan();
+    ASSERT_EQ(result["sources"].size(), 1u) << result.dump(2);
+    EXPECT_TRUE(result["skipped"].empty()) << result.dump(2);
+    const Json& items = result["sources"][0]["items"];
+    ASSERT_EQ(items.size(), 2u);
+    EXPECT_EQ(items[0]["text"], "Caf\u00E9 \u00E0 neuf heures");
+    EXPECT_EQ(items[0]["heading"], "From: Zo\u00EB\nSubject: Cr\u00E8me br\u00FBl\u00E9e");
+    EXPECT_EQ(items[1]["text"], "Caf\u00E9 at nine");
+}
+
 TEST_F(EmailScan, EmailTextInATxtIsSkippedWhenUndated) {
     write(folder / "letter.txt", "From: Sam\nDate: someday\nSubject: Hi\n\nbody\n");
     Json result = scan();
