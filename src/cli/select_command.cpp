@@ -1,4 +1,5 @@
 #include "cli/commands.h"
+#include "layout/redaction.h"
 #include "model/calendar.h"
 #include "model/text.h"
 #include "selection/selection.h"
@@ -9,13 +10,15 @@ namespace {
 
 constexpr size_t kTextPreview = 60;  // characters, not bytes
 
-// One line per item: a message's line breaks would split it.
-std::string itemLine(const Evidence& item) {
+// One line per item: a message's line breaks would split it. The user's
+// hidden words are replaced as in the document, in the whole joined line
+// before it is shortened, so that no cut leaves part of a hidden word.
+std::string itemLine(const Evidence& item, const Importer::Redactor& redact) {
     std::string text = replaceAll(replaceAll(item.text, "\r\n", " "), "\n", " ");
-    text = replaceAll(text, "\r", " ");
+    text = redact(replaceAll(text, "\r", " "));
     std::string line =
         Calendar::format(item.date, "yyyy-MM-dd HH:mm") + "  " +
-        (item.sender.empty() ? "(" + std::string(rawValue(item.kind)) + ")" : item.sender);
+        (item.sender.empty() ? "(" + std::string(rawValue(item.kind)) + ")" : redact(item.sender));
     if (!text.empty()) line += "  " + prefixCodePoints(text, kTextPreview);
     return line;
 }
@@ -57,8 +60,9 @@ void printSelection(std::ostream& out, const ScanResult& scan, const Settings& s
         out << gaps << "\n";
     out << Selection::samplingNote(settings) << "\n";
     if (!chosen.empty()) out << "\n";
+    Importer::Redactor redact(settings.hiddenText);
     for (const Evidence* item : chosen)
-        out << itemLine(*item) << "\n";
+        out << itemLine(*item, redact) << "\n";
 }
 
 Command selectCommand() {

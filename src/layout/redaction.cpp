@@ -1,6 +1,11 @@
 #include "layout/redaction.h"
 
+#include <unicode/normalizer2.h>
+#include <unicode/utypes.h>
+
 #include <algorithm>
+#include <cstdio>
+#include <cstdlib>
 
 #include "layout/graphemes.h"
 #include "layout/layout.h"
@@ -10,9 +15,46 @@ namespace kinfolio::Importer {
 
 namespace {
 
-// The case-folded copy of a text with, for every UTF-16 unit of the copy, the
-// range of the original code point it came from. Folding can change lengths
-// ("ß" folds to "ss"), so a match in the copy is mapped back through these.
+// Matching compares NFKC case-folded text: "É" typed in one piece matches "E"
+// followed by a combining accent (as file names copied from some systems
+// are), full-width "ＡＮＮＡ" matches "anna" and "ß" matches "ss". A word
+// that looks the same to the user is hidden whatever form its bytes take.
+const icu::Normalizer2& folding() {
+    static const icu::Normalizer2* normalizer = [] {
+        UErrorCode status = U_ZERO_ERROR;
+        const icu::Normalizer2* n = icu::Normalizer2::getNFKCCasefoldInstance(status);
+        if (U_FAILURE(status) || !n) {
+            // ICU's data is linked in; without it no text could be read at all.
+            std::fprintf(stderr, "kinfolio: ICU has no NFKC case folding data: %s\n",
+                         u_errorName(status));
+            std::abort();
+        }
+        return n;
+    }();
+    return *normalizer;
+}
+
+icu::UnicodeString foldedCopy(const icu::UnicodeString& text) {
+    const icu::Normalizer2& n = folding();
+    UErrorCode status = U_ZERO_ERROR;
+    // Most texts hold no rule; the quick check spares them a copy when they
+    // are already folded (lower-case text without compatibility forms).
+    if (n.isNormalized(text, status) && U_SUCCESS(status)) return text;
+    status = U_ZERO_ERROR;
+    icu::UnicodeString folded = n.normalize(text, status);
+    return U_SUCCESS(status) ? folded : text;
+}
+
+icu::UnicodeString foldedCopy(std::string_view text) {
+    return foldedCopy(toUnicode(text));
+}
+
+// The folded copy of a text with, for every UTF-16 unit of the copy, the
+// range of the original it came from. Folding changes lengths ("ß" folds to
+// "ss", "e" + U+0301 to "é"), so a match in the copy is mapped back through
+// these. The text is cut before every character that has a normalisation
+// boundary before it and each piece is folded on its own: that gives the same
+// copy as folding the whole text, and ties each unit to its piece.
 struct Folded {
     icu::UnicodeString text;
     std::vector<int32_t> from;
@@ -20,26 +62,22 @@ struct Folded {
 };
 
 Folded fold(const icu::UnicodeString& original) {
+    const icu::Normalizer2& n = folding();
     Folded f;
+    icu::UnicodeString piece;
     for (int32_t i = 0; i < original.length();) {
-        UChar32 c = original.char32At(i);
         int32_t next = original.moveIndex32(i, 1);
-        icu::UnicodeString piece(c);
-        piece.foldCase();
+        while (next < original.length() && !n.hasBoundaryBefore(original.char32At(next)))
+            next = original.moveIndex32(next, 1);
+        UErrorCode status = U_ZERO_ERROR;
+        n.normalize(original.tempSubString(i, next - i), piece, status);
+        if (U_FAILURE(status)) piece = original.tempSubString(i, next - i);
         f.text += piece;
-        for (int32_t k = 0; k < piece.length(); ++k) {
-            f.from.push_back(i);
-            f.to.push_back(next);
-        }
+        f.from.insert(f.from.end(), piece.length(), i);
+        f.to.insert(f.to.end(), piece.length(), next);
         i = next;
     }
     return f;
-}
-
-icu::UnicodeString foldedCopy(std::string_view text) {
-    icu::UnicodeString u = toUnicode(text);
-    u.foldCase();
-    return u;
 }
 
 icu::UnicodeString replaceFolded(const icu::UnicodeString& text, const icu::UnicodeString& rule) {
@@ -49,8 +87,8 @@ icu::UnicodeString replaceFolded(const icu::UnicodeString& text, const icu::Unic
     int32_t copied = 0;
     bool changed = false;
     for (int32_t k = f.text.indexOf(rule); k >= 0; k = f.text.indexOf(rule, k + rule.length())) {
-        // A match that begins or ends inside an expanded character hides the
-        // whole character: over-hiding is safe, showing half of it is not.
+        // A match that begins or ends inside a piece that folding changed
+        // hides the whole piece: over-hiding is safe, showing half of it is not.
         int32_t start = std::max(f.from[k], copied);
         int32_t end = f.to[k + rule.length() - 1];
         if (end <= copied) continue;
@@ -86,7 +124,10 @@ std::vector<std::string> redactionRules(std::string_view hiddenText) {
 }
 
 bool containsIgnoringCase(std::string_view text, std::string_view word) {
-    return foldedCopy(text).indexOf(foldedCopy(word)) >= 0;
+    // A word that folds to nothing (only invisible characters) hides nothing,
+    // as in the redactor.
+    icu::UnicodeString folded = foldedCopy(word);
+    return !folded.isEmpty() && foldedCopy(text).indexOf(folded) >= 0;
 }
 
 Redactor::Redactor(std::string_view hiddenText) {
@@ -106,8 +147,13 @@ Redactor::Redactor(std::string_view hiddenText) {
 std::string Redactor::operator()(std::string_view text) const {
     if (folded_.empty()) return std::string(text);
     icu::UnicodeString u = toUnicode(text);
-    for (const auto& rule : folded_)
+    icu::UnicodeString folded = foldedCopy(u);
+    for (const auto& rule : folded_) {
+        // Only a text that holds the rule pays for the mapped copy.
+        if (folded.indexOf(rule) < 0) continue;
         u = replaceFolded(u, rule);
+        folded = foldedCopy(u);
+    }
     return toUtf8(u);
 }
 

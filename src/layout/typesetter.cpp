@@ -40,6 +40,8 @@ Typesetter::Typesetter() {
     cairo_font_options_set_hint_metrics(options, CAIRO_HINT_METRICS_OFF);
     pango_cairo_context_set_font_options(context_, options);
     cairo_font_options_destroy(options);
+    noHyphens_.reset(pango_attr_list_new(), pango_attr_list_unref);
+    pango_attr_list_insert(noHyphens_.get(), pango_attr_insert_hyphens_new(FALSE));
 }
 
 Typesetter::~Typesetter() {
@@ -88,8 +90,11 @@ std::vector<Line> Typesetter::lines(std::string_view text, double size, double w
         std::shared_ptr<PangoLayout> layout(pango_layout_new(context_), g_object_unref);
         pango_layout_set_font_description(layout.get(), font.description);
         pango_layout_set_width(layout.get(), static_cast<int>(width * PANGO_SCALE));
-        // Words first; a run too long for the width breaks between characters.
+        // Words first; a run too long for the width (a URL, a long word)
+        // breaks between characters. Pango would add a hyphen at such a break;
+        // the document prints exactly what was written, so it adds nothing.
         pango_layout_set_wrap(layout.get(), PANGO_WRAP_WORD_CHAR);
+        pango_layout_set_attributes(layout.get(), noHyphens_.get());
         pango_layout_set_text(layout.get(), paragraph.data(), static_cast<int>(paragraph.size()));
 
         PangoLayoutIter* iter = pango_layout_get_iter(layout.get());

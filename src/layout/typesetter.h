@@ -59,6 +59,8 @@ private:
                        double baseline);
 
     PangoContext* context_ = nullptr;
+    // Attributes of every paragraph: no hyphens added where a word breaks.
+    std::shared_ptr<PangoAttrList> noHyphens_;
     std::map<std::tuple<double, bool, bool>, Font> fonts_;
     std::map<PangoFont*, bool> colourFonts_;
 };

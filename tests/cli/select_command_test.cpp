@@ -205,6 +205,37 @@ TEST(SelectOutput, TextListsCoverageThenOneLinePerItem) {
                   "2025-04-02 18:05  Alex  line one line two line three\n");
 }
 
+// Each row shows the item as the document prints it: hidden words replaced in
+// the sender and in the text, before the text is shortened.
+TEST(SelectOutput, RowsShowHiddenWordsReplaced) {
+    struct Case {
+        const char* name;
+        std::string hidden, sender, text, row;
+    };
+    const std::string fiftyEight(58, 'x');
+    const Case cases[] = {
+        {"sender and text", "sam", "Sam", "Samuel says hi", "[REDACTED]  [REDACTED]uel says hi"},
+        {"phrase across a joined line break", "two three", "Alex", "one two\nthree",
+         "Alex  one [REDACTED]"},
+        {"decomposed name", "Zo\u00eb", "Zoe\u0308", "hi Zoe\u0308", "[REDACTED]  hi [REDACTED]"},
+        {"name at the cut", "samantha", "Alex", fiftyEight + "Samantha",
+         "Alex  " + fiftyEight + "[R"},
+    };
+    for (const auto& c : cases) {
+        Evidence item = message("c", 0, at(2025, 1, 5, 9, 30), c.sender);
+        item.text = c.text;
+        ScanResult scan;
+        scan.sources = {source(SourceKind::whatsapp, "chat", {item})};
+        Settings settings;
+        settings.hiddenText = c.hidden;
+        std::ostringstream out;
+        cli::printSelection(out, scan, settings);
+        std::string text = out.str();
+        std::string last = text.substr(text.rfind('\n', text.size() - 2) + 1);
+        EXPECT_EQ(last, "2025-01-05 09:30  " + c.row + "\n") << c.name;
+    }
+}
+
 TEST(SelectOutput, JsonListsIdsInDocumentOrder) {
     Settings settings;
     settings.excludedItems = {"p:0"};

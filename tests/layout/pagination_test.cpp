@@ -141,5 +141,36 @@ TEST_F(PaginationTest, TwelveLineBubbleCutByAPageBreakHasSquareCornersAtTheCut) 
     EXPECT_EQ(after.at(rest.maxX, rest.maxY), white);
 }
 
+// A word or URL wider than the column breaks between characters, and each
+// line draws one glyph per character of its text: no hyphen is added at a
+// break, so the lines read one after another give exactly what was written.
+// (A text extractor cannot show this: it files an added hyphen under the
+// character before it.)
+TEST_F(PaginationTest, LongWordsAndURLsBreakWithoutAddedCharacters) {
+    struct Case {
+        const char* name;
+        std::string text;
+    };
+    const Case cases[] = {
+        {"URL", "https://example.com/photos/2025/summer-holiday/IMG_20250714_182205.jpg"},
+        {"word", "Pneumonoultramicroscopicsilicovolcanoconiosis"},
+    };
+    for (const auto& c : cases) {
+        auto typeset = layout.lines(c.text, 10, 60);
+        ASSERT_GT(typeset.size(), 2u) << c.name;
+        std::string joined;
+        for (const auto& line : typeset) {
+            const char* text = pango_layout_get_text(line.layout.get()) + line.line->start_index;
+            int glyphs = 0;
+            for (GSList* run = line.line->runs; run; run = run->next)
+                glyphs += static_cast<PangoGlyphItem*>(run->data)->glyphs->num_glyphs;
+            std::string piece(text, static_cast<size_t>(line.line->length));
+            EXPECT_EQ(glyphs, g_utf8_strlen(text, line.line->length)) << c.name << ": " << piece;
+            joined += piece;
+        }
+        EXPECT_EQ(joined, c.text) << c.name;
+    }
+}
+
 }  // namespace
 }  // namespace kinfolio

@@ -1,8 +1,16 @@
 #include "layout/redaction.h"
 
 #include <gtest/gtest.h>
+#include <unicode/normalizer2.h>
+#include <qpdf/QPDF.hh>
+#include <qpdf/QPDFOutlineDocumentHelper.hh>
+
+#include <cstdlib>
 
 #include "layout/layout.h"
+#include "model/text.h"
+#include "support/pdf_reader.h"
+#include "support/temp_folder.h"
 
 namespace kinfolio {
 namespace {
@@ -54,6 +62,38 @@ TEST(Redaction, FoldingThatChangesLengthMapsBackToTheOriginal) {
 TEST(Redaction, EmptyRulesLeaveTextAlone) {
     EXPECT_EQ(redact("Sam", ""), "Sam");
     EXPECT_EQ(redact("Sam", " \n\t"), "Sam");
+    // A zero-width space is no word at all once folded.
+    EXPECT_EQ(redact("Sam", "\u200B"), "Sam");
+    EXPECT_EQ(Importer::Redactor("\u200B").ruleCount(), 0u);
+}
+
+// A word is the same word whatever Unicode form its bytes take: an accent
+// composed or as a combining mark, full-width or compatibility letters. Only
+// the characters of the match are replaced; the rest keeps its own form.
+TEST(Redaction, MatchesAcrossUnicodeForms) {
+    struct Case {
+        const char* name;
+        std::string text, rules, expected;
+    };
+    const Case cases[] = {
+        {"decomposed text, composed rule", "E\u0301lodie et \u00e9lodie", "\u00e9lodie",
+         "[REDACTED] et [REDACTED]"},
+        {"composed text, decomposed rule", "Hi Zo\u00eb!", "zoe\u0308", "Hi [REDACTED]!"},
+        {"decomposed Vietnamese", "Nguye\u0302\u0303n Thi\u0323 A\u0301nh", "Nguy\u1ec5n",
+         "[REDACTED] Thi\u0323 A\u0301nh"},
+        {"untouched text keeps its decomposed form", "Cafe\u0301 with Zoe\u0308", "Zo\u00eb",
+         "Cafe\u0301 with [REDACTED]"},
+        {"full-width text, plain rule", "\uff21\uff2e\uff2e\uff21 says hi", "anna",
+         "[REDACTED] says hi"},
+        {"plain text, full-width rule", "Anna says hi", "\uff21\uff2e\uff2e\uff21",
+         "[REDACTED] says hi"},
+        {"ligature", "\ufb01ona and Fiona", "fiona", "[REDACTED] and [REDACTED]"},
+        {"soft hyphen inside the word", "Sa\u00adm", "sam", "[REDACTED]"},
+        {"match ending inside a composed character hides all of it", "A\u030Angstr\u00f6m",
+         "\u00e5", "[REDACTED]ngstr\u00f6m"},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(redact(c.text, c.rules), c.expected) << c.name;
 }
 
 TEST(Redaction, HiddenBoxesAreTheLinesHoldingARule) {
@@ -64,15 +104,121 @@ TEST(Redaction, HiddenBoxesAreTheLinesHoldingARule) {
     shot.kind = ItemKind::screenshot;
     shot.detailsForWriting().textBoxes = {{"Call Sam at 8", 0.1, 0.5, 0.6, 0.05},
                                           {"See you soon", 0.1, 0.4, 0.5, 0.05},
-                                          {"SAMSAM", 0.1, 0.3, 0.3, 0.05}};
+                                          {"SAMSAM", 0.1, 0.3, 0.3, 0.05},
+                                          {"\uff33\uff41\uff4d!", 0.1, 0.2, 0.3, 0.05}};
     auto boxes = layout.hiddenBoxes(shot);
-    ASSERT_EQ(boxes.size(), 2u);
+    ASSERT_EQ(boxes.size(), 3u);
     EXPECT_EQ(boxes[0], shot.details().textBoxes[0]);
     EXPECT_EQ(boxes[1], shot.details().textBoxes[2]);
+    EXPECT_EQ(boxes[2], shot.details().textBoxes[3]);
 
     ExportInput none;
     Layout plain(none);
     EXPECT_TRUE(plain.hiddenBoxes(shot).empty());
+}
+
+enum class Form { nfc, nfd, nfkc, folded };
+
+std::string inForm(std::string_view text, Form form) {
+    UErrorCode status = U_ZERO_ERROR;
+    const icu::Normalizer2* n = form == Form::nfc   ? icu::Normalizer2::getNFCInstance(status)
+                                : form == Form::nfd ? icu::Normalizer2::getNFDInstance(status)
+                                : form == Form::nfkc
+                                    ? icu::Normalizer2::getNFKCInstance(status)
+                                    : icu::Normalizer2::getNFKCCasefoldInstance(status);
+    icu::UnicodeString out = n->normalize(toUnicode(text), status);
+    EXPECT_TRUE(U_SUCCESS(status));
+    return toUtf8(out);
+}
+
+std::string utf16BigEndian(std::string_view text) {
+    icu::UnicodeString u = toUnicode(text);
+    std::string bytes;
+    for (int32_t i = 0; i < u.length(); ++i) {
+        bytes += static_cast<char>(u[i] >> 8);
+        bytes += static_cast<char>(u[i] & 0xff);
+    }
+    return bytes;
+}
+
+// The output of a command line tool run on the PDF, as a file it writes.
+std::string toolOutput(const std::string& pdf, const std::string& tool) {
+    testing::TempFolder folder;
+    std::string in = folder.write("in.pdf", pdf);
+    std::string out = folder.path() + "/out";
+    std::string command = tool + " '" + in + "' '" + out + "' > /dev/null 2>&1";
+    EXPECT_NE(std::system(command.c_str()), -1) << command;
+    return testing::readFile(out);
+}
+
+// Every name appears in every form in every place a user's words are
+// printed: the title, the partner, a chat's file name, senders and texts.
+// However the hidden words are typed, no form of any name is left anywhere
+// in the file: not in its text as a reader copies it, not in its bytes
+// uncompressed, not in the outline and not in the document information.
+TEST(Redaction, NoFormOfAHiddenNameIsLeftInTheExport) {
+    const std::vector<std::vector<std::string>> words = {{"Zo\u00eb", "\u00c9mile"},
+                                                         {"Nguy\u1ec5n", "Th\u1ecb", "\u00c1nh"},
+                                                         {"\uff21\uff2e\uff2e\uff21"}};
+    std::vector<std::string> names;
+    for (const auto& w : words)
+        names.push_back(join(w, " "));
+    const Form forms[] = {Form::nfc, Form::nfd, Form::nfkc};
+    for (Form typed : forms) {
+        ExportInput input;
+        for (const auto& name : names)
+            input.settings.hiddenText += inForm(name, typed) + "\n";
+        std::vector<std::string> variants;
+        for (const auto& name : names)
+            for (Form form : forms)
+                variants.push_back(inForm(name, form));
+        input.settings.title = "Letters to " + join(variants, " and ");
+        input.settings.applicant = "Alex Doe";
+        input.settings.partner = variants[1];
+        input.conversationCount = 1;
+        for (size_t i = 0; i < variants.size(); ++i) {
+            std::string id(64, static_cast<char>('a' + i));
+            input.files[id] = {"chats/Chat with " + variants[i] + ".txt", id, 1000};
+            input.items.push_back(testing::message(id, 1, 800000000.0 + 86400.0 * i, variants[i],
+                                                   "Hi " + variants[i] + ", see you soon"));
+        }
+        std::string pdf = PDFExporter::make(input).data;
+        std::string typedName = typed == Form::nfc ? "NFC" : typed == Form::nfd ? "NFD" : "NFKC";
+
+        std::string text = toolOutput(pdf, "pdftotext -enc UTF-8");
+        ASSERT_NE(text.find("Hi [REDACTED], see you soon"), std::string::npos) << text;
+        ASSERT_NE(text.find("Chat with [REDACTED].txt"), std::string::npos) << text;
+        std::string uncompressed = toolOutput(pdf, "qpdf --qdf --object-streams=disable");
+        ASSERT_FALSE(uncompressed.empty());
+        QPDF q;
+        q.processMemoryFile("export", pdf.data(), pdf.size());
+        std::string outline;
+        for (auto& item : QPDFOutlineDocumentHelper(q).getTopLevelOutlines())
+            outline += item.getTitle() + "\n";
+        ASSERT_FALSE(outline.empty());
+        std::string information;
+        QPDFObjectHandle info = q.getTrailer().getKey("/Info");
+        for (const auto& key : info.getKeys())
+            information += info.getKey(key).getUTF8Value() + "\n";
+
+        // Words are compared folded, as a reader sees them: what a copy of
+        // the text gives may be decomposed or use compatibility letters.
+        std::string foldedText = inForm(text, Form::folded);
+        for (const auto& nameWords : words)
+            for (const auto& word : nameWords) {
+                std::string folded = inForm(word, Form::folded);
+                EXPECT_EQ(foldedText.find(folded), std::string::npos) << word << ", " << typedName;
+                EXPECT_EQ(inForm(outline, Form::folded).find(folded), std::string::npos);
+                EXPECT_EQ(inForm(information, Form::folded).find(folded), std::string::npos);
+                for (Form form : forms) {
+                    std::string variant = inForm(word, form);
+                    EXPECT_EQ(uncompressed.find(variant), std::string::npos)
+                        << word << ", " << typedName;
+                    EXPECT_EQ(uncompressed.find(utf16BigEndian(variant)), std::string::npos)
+                        << word << ", " << typedName;
+                }
+            }
+    }
 }
 
 }  // namespace
