@@ -68,12 +68,13 @@ Evidence call(JsonObject m, Instant when, const SharedText& fileID, int64_t posi
     return e;
 }
 
-std::vector<Evidence> chatItems(JsonObject chat, const SharedText& fileID) {
+// `position` counts on from the chats before this one: an item's id is its
+// file and position, and the chats of a whole-account export share one file.
+std::vector<Evidence> chatItems(JsonObject chat, const SharedText& fileID, int64_t& position) {
     std::vector<Evidence> items;
     auto messages = arrayMember(chat, "messages");
     if (!messages) return items;
     items.reserve(messages->size());
-    int64_t position = 0;
     for (JsonValue element : *messages) {
         ++position;  // every element counts, skipped ones too
         JsonObject m;
@@ -152,8 +153,9 @@ std::vector<TelegramChat> telegram(JsonValue root, const std::string& fileID) {
 
     std::vector<TelegramChat> result;
     const SharedText sharedID(fileID);
+    int64_t position = 0;
     for (const auto& [chat, place] : listed) {
-        auto items = chatItems(chat, sharedID);
+        auto items = chatItems(chat, sharedID, position);
         if (items.empty()) continue;
         std::string name(stringMember(chat, "name").value_or("Telegram chat"));
         result.push_back(TelegramChat{std::move(name), std::move(items), place});

@@ -25,7 +25,10 @@ struct TelegramChat {
 bool isTelegram(std::string_view data);
 
 // Every chat with at least one message or call; `fileID` is the SHA-256 of
-// "result.json". `slack` as for parseJson. Throws EvidenceError.
+// "result.json". An item's position is its message's 1-based place in the
+// whole file, counted on through the chats of a whole-account export, so
+// file and position name one message. `slack` as for parseJson. Throws
+// EvidenceError.
 std::vector<TelegramChat> telegram(std::string_view data, const std::string& fileID,
                                    size_t slack = 0);
 // The same from an already parsed document.

@@ -35,7 +35,8 @@ std::vector<Piece> Layout::appendix() {
     std::string references =
         "\u201cSource 3, entry 12\u201d points at the source file listed below and the position "
         "in it: the line number in text exports, the row in spreadsheets, and the message number "
-        "in Telegram, Messenger and Instagram exports. Messenger and Instagram store times in "
+        "in Telegram, Messenger and Instagram exports, counted from the start of the file across "
+        "every chat it holds. Messenger and Instagram store times in "
         "UTC; they are shown in " +
         replaceAll(s.timeZoneID, "_", " ") + " time.";
     const std::pair<const char*, std::string> sectionsText[] = {

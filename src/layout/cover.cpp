@@ -106,6 +106,8 @@ std::vector<Piece> Layout::cover(const std::map<std::string, int>& contentsPages
         };
         pieces.push_back(std::move(row));
     }
+    // The timeline may follow on this page: the same gap as above the contents.
+    pieces.back().height += 28;
     return pieces;
 }
 

@@ -77,16 +77,14 @@ std::vector<Layout::Section> Layout::sections() const {
 std::vector<Piece> Layout::timeline() {
     preparePictures(input.items);
     std::vector<Piece> pieces;
-    bool first = true;
     for (const auto& section : sections()) {
         auto heading =
             textBlock(section.title, 16, true, Colours::ink, section.spacing, contentWidth());
         for (auto& piece : heading)
             piece.keepWithNext = true;
+        // The first section follows the contents on their page when it fits;
+        // its contents row then names that page.
         heading.front().marker = section.key;
-        // The body starts on a page of its own, after the cover and contents.
-        heading.front().breakBefore = first;
-        first = false;
         append(pieces, std::move(heading));
 
         std::string month, day;

@@ -87,7 +87,7 @@ TEST(ScanCommand, JsonListsChatExportsWithPhotosAndTheTimeZoneNote) {
     EXPECT_EQ(sources[1]["files"][1]["path"], "Telegram/chats/chat_001/photos/photo_1.jpg");
     EXPECT_EQ(sources[1]["items"][0]["attachmentID"], Scanner::sha256Hex("telegram jpeg"));
     EXPECT_EQ(sources[1]["items"][0]["id"], sha + ":1");
-    EXPECT_EQ(sources[0]["items"][0]["id"], sha + ":1");
+    EXPECT_EQ(sources[0]["items"][0]["id"], sha + ":2");
 
     const Json& messenger = sources[2];
     EXPECT_EQ(messenger["kind"], "messenger");

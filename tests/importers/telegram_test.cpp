@@ -170,6 +170,7 @@ TEST(Telegram, DatesWithAZoneAreRefused) {
               "No messages in this Telegram export.");
 }
 
+// Positions count on through the chats, so file and position name one message.
 TEST(Telegram, WholeAccountDropsEmptyChatsAndKeepsTheirPlaces) {
     auto chats = telegram(R"({"about": "x", "chats": {"about": "y", "list": [
         {"name": "Sam Lee", "type": "personal_chat", "messages": [
@@ -185,8 +186,10 @@ TEST(Telegram, WholeAccountDropsEmptyChatsAndKeepsTheirPlaces) {
     EXPECT_EQ(chats[0].placeInList, 1);
     EXPECT_EQ(chats[1].name, "Telegram chat");
     EXPECT_EQ(chats[1].placeInList, 3);
-    EXPECT_EQ(chats[1].items.size(), 2u);
-    EXPECT_EQ(chats[1].items[1].position, 2);
+    ASSERT_EQ(chats[1].items.size(), 2u);
+    EXPECT_EQ(chats[0].items[0].position, 1);
+    EXPECT_EQ(chats[1].items[0].position, 2);
+    EXPECT_EQ(chats[1].items[1].position, 3);
 }
 
 TEST(Telegram, RefusalsSayWhatIsWrong) {

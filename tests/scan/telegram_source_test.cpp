@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "scan/scanner.h"
+#include "selection/selection.h"
 #include "support/scan_lookup.h"
 #include "support/temp_folder.h"
 
@@ -82,6 +83,39 @@ TEST(TelegramSource, WholeAccountGivesOneSourcePerChatWithItsOwnId) {
     EXPECT_EQ(family->items.at(1).details().attachmentName, "chats/chat_003/photos/missing.jpg");
     EXPECT_FALSE(family->items.at(1).details().imageURL);
     EXPECT_EQ(skippedAt(scan, kExport + "result.json"), nullptr);
+}
+
+// Both chats of this whole-account export begin with a message of their own:
+// counted per chat, each would be message 1 of the same file.
+TEST(TelegramSource, WholeAccountItemIdsAreUniqueStableAndTickedOneByOne) {
+    TempFolder folder;
+    const std::string json = R"({"chats": {"list": [
+   {"name": "Sam Lee", "type": "personal_chat", "messages": [)" +
+                             message("2025-05-03T20:00:00", "Sam Lee", "Did you land safely?") +
+                             R"(]},
+   {"name": "Family", "type": "private_group", "messages": [)" +
+                             message("2025-05-03T20:00:00", "Kim", "Lunch on Sunday?") + "]}]}}";
+    folder.write(kExport + "result.json", json);
+    auto allIds = [](const ScanResult& scan) {
+        std::vector<std::string> ids;
+        for (const auto& source : scan.sources)
+            for (const auto& item : source.items)
+                ids.push_back(item.id());
+        return ids;
+    };
+
+    ScanResult scan = Scanner::scan(folder.path(), DateOrder::automatic, "UTC");
+    std::vector<std::string> ids = allIds(scan);
+    ASSERT_EQ(ids.size(), 2u);
+    EXPECT_NE(ids[0], ids[1]);
+    EXPECT_EQ(allIds(Scanner::scan(folder.path(), DateOrder::automatic, "UTC")), ids);
+
+    // Unticking Sam's message in the item picker leaves Kim's in.
+    Settings settings;
+    settings.excludedItems = {sourceNamed(scan, "Sam Lee")->items.at(0).id()};
+    Selection::ItemRefs chosen = Selection::selected(scan, settings);
+    ASSERT_EQ(chosen.size(), 1u);
+    EXPECT_EQ(chosen[0]->text, "Lunch on Sunday?");
 }
 
 TEST(TelegramSource, SingleChatKeepsTheBareFingerprint) {

@@ -129,10 +129,13 @@ std::string textRightOf(const std::string& bytes, int pageIndex, const std::stri
     guint count = 0;
     poppler_page_get_text_layout(page, &rects, &count);
     std::string result;
-    // Layout rectangles come one per character of the text; the last
-    // occurrence is the contents row, after the cover's own lines.
+    // Layout rectangles come one per character of the text. The cover names a
+    // section above the contents ("Period: …") and a section that starts on
+    // the contents page names itself below them: the contents row is the
+    // first occurrence after the heading, or the last one on a page without it.
     std::string all = text ? text : "";
-    size_t at = all.rfind(label);
+    size_t contents = all.find("Contents\n");
+    size_t at = contents == std::string::npos ? all.rfind(label) : all.find(label, contents);
     if (at != std::string::npos) {
         glong index = g_utf8_pointer_to_offset(all.c_str(), all.c_str() + at + label.size() - 1);
         const PopplerRectangle& last = rects[index];

@@ -26,7 +26,7 @@ bool qpdfCheckPasses(const std::string& bytes);
 
 // The text printed on the same line as `label`, to its right (a contents
 // row's page number); empty when the label is not on the page.
-// The last occurrence of the label counts.
+// The first occurrence after a "Contents" heading counts, else the last one.
 std::string textRightOf(const std::string& bytes, int page, const std::string& label);
 
 // One page rasterised at `scale` pixels per point; pixels as 0xRRGGBB.
