@@ -405,6 +405,11 @@ std::string OpenedPDF::part(size_t begin, size_t end) {
         root.replaceKey("/Outlines", outlines);
     }
 
+    // The pages are numbered on as printed ("Page 38 of 120"), so a viewer's
+    // page box shows 38 for the first page of a later part, not 1.
+    root.replaceKey("/PageLabels", QPDFObjectHandle::parse("<< /Nums [0 << /S /D /St " +
+                                                           std::to_string(begin + 1) + " >>] >>"));
+
     QPDFObjectHandle info = QPDFObjectHandle::newDictionary();
     info.replaceKey("/Creator", QPDFObjectHandle::newString("Kinfolio"));
     out->getTrailer().replaceKey("/Info", out->makeIndirectObject(info));

@@ -36,6 +36,15 @@ struct ReadBack {
         if (document) g_object_unref(document);
     }
     int pageCount() const { return poppler_document_get_n_pages(document); }
+    // The page's label as a viewer shows it in its page box.
+    std::string label(int page) const {
+        PopplerPage* p = poppler_document_get_page(document, page);
+        char* label = poppler_page_get_label(p);
+        std::string result = label ? label : "";
+        g_free(label);
+        g_object_unref(p);
+        return result;
+    }
     std::string text(int page) const {
         PopplerPage* p = poppler_document_get_page(document, page);
         char* text = poppler_page_get_text(p);
@@ -128,6 +137,8 @@ TEST(PDFSplitTest, ThreePartsKeepPageOrderLimitAndCreator) {
         for (int i = 0; i < document.pageCount(); ++i, ++page) {
             EXPECT_NE(document.text(i).find(pageLabel(page, n)), std::string::npos)
                 << "part page " << i << " should be " << pageLabel(page, n);
+            // A viewer's page box agrees with the printed "Page 5 of 12".
+            EXPECT_EQ(document.label(i), std::to_string(page + 1));
         }
 
         QPDF qpdf;
