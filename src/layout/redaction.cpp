@@ -1,6 +1,7 @@
 #include "layout/redaction.h"
 
 #include <unicode/normalizer2.h>
+#include <unicode/uchar.h>
 #include <unicode/utypes.h>
 
 #include <algorithm>
@@ -34,15 +35,46 @@ const icu::Normalizer2& folding() {
     return *normalizer;
 }
 
+// A run of white space (spaces, tabs, line breaks, no-break spaces) counts
+// as one space, in the rules and in the texts: an e-mail wrapped as
+// "Harriet\nDunmore" or a cell holding "Anna  Smith" still holds the phrase.
+bool isSpace(UChar32 c) {
+    return u_isUWhiteSpace(c);
+}
+
+icu::UnicodeString collapsedSpaces(const icu::UnicodeString& text) {
+    bool needed = false;
+    for (int32_t i = 0; i < text.length() && !needed; ++i) {
+        char16_t c = text.charAt(i);
+        needed = (c != u' ' && isSpace(c)) ||
+                 (c == u' ' && i + 1 < text.length() && isSpace(text.charAt(i + 1)));
+    }
+    if (!needed) return text;
+    icu::UnicodeString out;
+    bool inRun = false;
+    for (int32_t i = 0; i < text.length();) {
+        UChar32 c = text.char32At(i);
+        i = text.moveIndex32(i, 1);
+        if (isSpace(c)) {
+            if (!inRun) out += u' ';
+            inRun = true;
+        } else {
+            out.append(c);
+            inRun = false;
+        }
+    }
+    return out;
+}
+
 icu::UnicodeString foldedCopy(const icu::UnicodeString& text) {
     const icu::Normalizer2& n = folding();
     UErrorCode status = U_ZERO_ERROR;
     // Most texts hold no rule; the quick check spares them a copy when they
     // are already folded (lower-case text without compatibility forms).
-    if (n.isNormalized(text, status) && U_SUCCESS(status)) return text;
+    if (n.isNormalized(text, status) && U_SUCCESS(status)) return collapsedSpaces(text);
     status = U_ZERO_ERROR;
     icu::UnicodeString folded = n.normalize(text, status);
-    return U_SUCCESS(status) ? folded : text;
+    return collapsedSpaces(U_SUCCESS(status) ? folded : text);
 }
 
 icu::UnicodeString foldedCopy(std::string_view text) {
@@ -67,6 +99,15 @@ Folded fold(const icu::UnicodeString& original) {
     icu::UnicodeString piece;
     for (int32_t i = 0; i < original.length();) {
         int32_t next = original.moveIndex32(i, 1);
+        if (isSpace(original.char32At(i))) {
+            while (next < original.length() && isSpace(original.char32At(next)))
+                next = original.moveIndex32(next, 1);
+            f.text += u' ';
+            f.from.push_back(i);
+            f.to.push_back(next);
+            i = next;
+            continue;
+        }
         while (next < original.length() && !n.hasBoundaryBefore(original.char32At(next)))
             next = original.moveIndex32(next, 1);
         UErrorCode status = U_ZERO_ERROR;

@@ -91,6 +91,13 @@ TEST(Redaction, MatchesAcrossUnicodeForms) {
         {"soft hyphen inside the word", "Sa\u00adm", "sam", "[REDACTED]"},
         {"match ending inside a composed character hides all of it", "A\u030Angstr\u00f6m",
          "\u00e5", "[REDACTED]ngstr\u00f6m"},
+        // A run of white space is one space: wrapped e-mails and padded cells.
+        {"phrase wrapped over two lines", "our friends Harriet\nDunmore and", "Harriet Dunmore",
+         "our friends [REDACTED] and"},
+        {"phrase with two spaces", "Anna  Smith and Anna", "Anna Smith\nAnna",
+         "[REDACTED] and [REDACTED]"},
+        {"rule typed with a no-break space", "Sam Lee", "Sam\u00a0Lee", "[REDACTED]"},
+        {"spaces elsewhere stay as written", "a  b\n\nc Sam", "sam", "a  b\n\nc [REDACTED]"},
     };
     for (const auto& c : cases)
         EXPECT_EQ(redact(c.text, c.rules), c.expected) << c.name;
