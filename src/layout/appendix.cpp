@@ -30,7 +30,8 @@ std::vector<Piece> Layout::appendix() {
                   " word(s) or phrase(s) were replaced with [REDACTED] in this file; the original "
                   "wording is not present in it. In screenshots, lines where on-device text "
                   "recognition found them are covered in black in the image itself; recognition "
-                  "can miss text. Photos, videos and documents are shown as they are."
+                  "can miss text. Photos and videos are shown as they are; the first page of a "
+                  "document that holds hidden text is left out."
             : "No text was hidden.";
     std::string references =
         "\u201cSource 3, entry 12\u201d points at the source file listed below and the position "

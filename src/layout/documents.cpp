@@ -9,13 +9,18 @@ namespace kinfolio {
 
 namespace {
 
-void unrefPage(PopplerPage* page) {
-    if (page) g_object_unref(page);
-}
+struct Unref {
+    void operator()(gpointer object) const {
+        if (object) g_object_unref(object);
+    }
+};
+using PagePtr = std::unique_ptr<PopplerPage, Unref>;
 
-// The first page of the PDF at `path`; it keeps its document open for as long
-// as it lives. None when the file is gone or cannot be opened.
-std::shared_ptr<PopplerPage> firstPage(const std::string& path) {
+// The first page of the PDF at `path`; it keeps its document (and the file)
+// open for as long as it lives, so it is opened where it is used and let go
+// at once: an export of hundreds of documents never holds them all open.
+// None when the file is gone or cannot be opened.
+PagePtr firstPage(const std::string& path) {
     char* uri = g_filename_to_uri(path.c_str(), nullptr, nullptr);
     if (!uri) return nullptr;
     GError* error = nullptr;
@@ -27,27 +32,41 @@ std::shared_ptr<PopplerPage> firstPage(const std::string& path) {
                             ? poppler_document_get_page(document, 0)
                             : nullptr;
     g_object_unref(document);  // the page holds its own reference
-    return std::shared_ptr<PopplerPage>(page, unrefPage);
+    return PagePtr(page);
 }
 
 }  // namespace
 
-std::optional<Piece> Layout::documentPiece(const std::string& path) {
-    auto page = firstPage(path);
-    if (!page) return std::nullopt;
-    // Already in the orientation the page is shown in: a page turned by 90
-    // or 270 degrees reports its width and height swapped.
+std::vector<Piece> Layout::documentPiece(const std::string& path) {
     double width = 0, height = 0;
-    poppler_page_get_size(page.get(), &width, &height);
-    if (!(width >= 1 && height >= 1)) return std::nullopt;
+    {
+        PagePtr page = firstPage(path);
+        if (!page) return {};
+        // A page drawn as it is prints its own words, which no hidden-text
+        // rule can rewrite: a page that holds one is left out and says so.
+        if (hiddenRuleCount() > 0) {
+            char* text = poppler_page_get_text(page.get());
+            std::string words = text ? text : "";
+            g_free(text);
+            if (redact(words) != words)
+                return textBlock("(First page not shown: it holds hidden text.)", 9, false,
+                                 Colours::muted, 0, contentWidth());
+        }
+        // Already in the orientation the page is shown in: a page turned by
+        // 90 or 270 degrees reports its width and height swapped.
+        poppler_page_get_size(page.get(), &width, &height);
+    }
+    if (!(width >= 1 && height >= 1)) return {};
     double scale = std::min({contentWidth() * 0.62 / width, 360 / height, 1.5});
     double drawnWidth = std::floor(width * scale), drawnHeight = std::floor(height * scale);
-    if (drawnWidth < 1 || drawnHeight < 1) return std::nullopt;
+    if (drawnWidth < 1 || drawnHeight < 1) return {};
 
     Piece piece;
     piece.height = drawnHeight + 10;
-    piece.draw = [page, x = margin, width, height, drawnWidth, drawnHeight](cairo_t* cr,
+    piece.draw = [path, x = margin, width, height, drawnWidth, drawnHeight](cairo_t* cr,
                                                                             double top) {
+        PagePtr page = firstPage(path);
+        if (!page) return;  // gone since the layout: the space stays empty
         cairo_save(cr);
         // A sheet of paper, so a page without its own background reads as one.
         cairo_rectangle(cr, x, top, drawnWidth, drawnHeight);
@@ -67,7 +86,7 @@ std::optional<Piece> Layout::documentPiece(const std::string& path) {
         cairo_stroke(cr);
         cairo_restore(cr);
     };
-    return piece;
+    return {std::move(piece)};
 }
 
 }  // namespace kinfolio

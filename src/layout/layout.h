@@ -75,9 +75,10 @@ public:
     // keeps its meta line and the picture takes no space.
     std::vector<Piece> pictures(const Evidence& item);
     // The first page of the PDF at `path` at the size of a document item,
-    // drawn as vectors (its text stays text). None when the file is gone or
-    // cannot be opened: the item keeps its meta line.
-    std::optional<Piece> documentPiece(const std::string& path);
+    // drawn as vectors (its text stays text); a note instead when the page
+    // holds hidden text. Nothing when the file is gone or cannot be opened:
+    // the item keeps its meta line.
+    std::vector<Piece> documentPiece(const std::string& path);
 
     // Named destination of a marker, for links and the outline.
     static std::string destination(const std::string& marker);

@@ -257,8 +257,7 @@ std::vector<Piece> Layout::render(const Evidence& item) {
         case ItemKind::document: {
             std::string title = redact(item.text);
             pieces.push_back(meta(line(title.empty() ? "Document" : "Document: " + title), false));
-            if (const auto& path = item.details().imageURL)
-                if (auto page = documentPiece(*path)) pieces.push_back(std::move(*page));
+            if (const auto& path = item.details().imageURL) append(pieces, documentPiece(*path));
             space = 8;
             break;
         }

@@ -25,10 +25,14 @@ constexpr uint32_t kPaper = 0xF0C8A0;
 
 class Documents : public ::testing::Test {
 protected:
-    std::string exportPDF() {
+    std::string exportPDF(const std::string& hidden = "") {
         std::string target = output.path() + "/out.pdf";
         std::ostringstream out, err;
-        EXPECT_EQ(cli::run({"export", materials.path(), "-o", target}, out, err), 0) << err.str();
+        EXPECT_EQ(
+            cli::run({"export", materials.path(), "-o", target, "--set", "hiddenText=" + hidden},
+                     out, err),
+            0)
+            << err.str();
         return readFile(target);
     }
 
@@ -84,6 +88,20 @@ TEST_F(Documents, TheFirstPageIsDrawnAsTextAtItsShape) {
         EXPECT_NEAR(paper.maxX - paper.minX + 1, c.width, 2);
         EXPECT_NEAR(paper.maxY - paper.minY + 1, c.height, 2);
     }
+}
+
+// A page drawn as it is would print a hidden word that no rule can rewrite:
+// such a page is left out and says so, and the word is nowhere in the file.
+TEST_F(Documents, APageHoldingHiddenTextIsLeftOut) {
+    materials.write("Lease.pdf", makePDF(PDFSpec({"Landlord: Harriet\nDunmore, 1 May 2025"},
+                                                 "2025-01-01T00:00:00")));
+    materials.write("Ticket.pdf",
+                    makePDF(PDFSpec({"Boarding pass 2 May 2025"}, "2025-01-01T00:00:00")));
+    auto read = testing::readPDF(exportPDF("harriet dunmore"));
+    std::string all = read.allFlat();
+    EXPECT_EQ(all.find("Dunmore"), std::string::npos) << all;
+    EXPECT_NE(all.find("(First page not shown: it holds hidden text.)"), std::string::npos);
+    EXPECT_NE(all.find("Boarding pass 2 May 2025"), std::string::npos) << "other pages are shown";
 }
 
 // The window scans first and exports later: a document that became
