@@ -206,6 +206,8 @@ FramePtr frameAt(AVFormatContext* format, AVStream* st, double seconds) {
     CodecPtr decoder(avcodec_alloc_context3(codec));
     if (!decoder || avcodec_parameters_to_context(decoder.get(), st->codecpar) < 0) return nullptr;
     decoder->thread_count = kDecoderThreads;
+    // The stream may claim a larger picture than its container did.
+    decoder->max_pixels = kMaxImagePixels;
     decoder->pkt_timebase = st->time_base;
     if (avcodec_open2(decoder.get(), codec, nullptr) < 0) return nullptr;
 

@@ -244,7 +244,8 @@ std::string currentTimeZoneID() {
         zone->getID(uid);
         uid.toUTF8String(id);
     }
-    if (id.empty() || id == "Etc/Unknown") id = "UTC";
+    // TZ may name anything; an unknown zone would read every time as UTC.
+    if (!Calendar::isKnownTimeZone(id)) id = "UTC";
     return id;
 }
 

@@ -4,6 +4,7 @@
 
 #include "model/calendar.h"
 #include "support/evidence_error.h"
+#include "support/temp_folder.h"
 
 namespace kinfolio {
 namespace {
@@ -20,6 +21,18 @@ TEST(Settings, DefaultsAreWhatAFirstStartShows) {
     EXPECT_EQ(s.timeZoneID, currentTimeZoneID());
     EXPECT_FALSE(s.limitDates);
     EXPECT_NEAR(s.rangeStart, now(), 5);
+}
+
+// This computer's zone is only taken when ICU knows it.
+TEST(Settings, TheComputersZoneIsKnownOrUtc) {
+    struct Case {
+        const char* tz;
+        const char* zone;
+    } cases[] = {{"Asia/Kolkata", "Asia/Kolkata"}, {"Nowhere/Land", "UTC"}};
+    for (const auto& c : cases) {
+        testing::ScopedEnvironment tz("TZ", c.tz);
+        EXPECT_EQ(currentTimeZoneID(), c.zone) << c.tz;
+    }
 }
 
 TEST(Settings, EncodesEveryKeyInFieldOrder) {
