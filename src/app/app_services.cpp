@@ -18,7 +18,7 @@ AppServices AppServices::standard() {
     s.selected = Selection::selected;
     s.setSelected = Selection::setSelected;
     s.make = [](const ExportInput& input) { return PDFExporter::make(input); };
-    s.split = PDFExporter::split;
+    s.split = PDFExporter::splitDrawn;
     s.screenshotsToRead = Scanner::screenshotsToRead;
     s.recognizeScreenshots = [](ScanResult& scan, const Progress& progress) {
         Scanner::recognizeScreenshots(scan, progress);

@@ -34,7 +34,10 @@ struct AppServices {
         setSelected;
 
     std::function<Output(const ExportInput&)> make;
-    std::function<std::vector<std::string>(const std::string& data, int64_t maxBytes)> split;
+    // Cuts make's PDF of the same input into parts of at most maxBytes.
+    std::function<std::vector<std::string>(const ExportInput& input, const std::string& data,
+                                           int64_t maxBytes)>
+        split;
 
     // Screenshot text recognition after a scan; both may be left empty when
     // the scan reads screenshots itself.

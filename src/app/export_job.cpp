@@ -76,9 +76,10 @@ Written writeParts(const std::vector<std::string>& parts, const Settings& settin
 
 Result run(const AppServices& services, const ScanResult& scan, const Settings& settings,
            const std::string& target) {
-    Output output = services.make(input(scan, settings, services.selected(scan, settings)));
+    ExportInput drawn = input(scan, settings, services.selected(scan, settings));
+    Output output = services.make(drawn);
     int64_t limit = byteLimit(settings);
-    std::vector<std::string> parts = limit >= 1 ? services.split(output.data, limit)
+    std::vector<std::string> parts = limit >= 1 ? services.split(drawn, output.data, limit)
                                                 : std::vector<std::string>{std::move(output.data)};
     return {writeParts(parts, settings, target), output.pageCount};
 }

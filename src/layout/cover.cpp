@@ -91,18 +91,21 @@ std::vector<Piece> Layout::cover(const std::map<std::string, int>& contentsPages
             numberLines = lines(std::to_string(found->second), 9.5, 60, Colours::muted);
         Piece row;
         row.height = titleLines.front().height + 4;
+        int page = found != contentsPages.end() ? found->second : 0;
         row.draw = [this, line = titleLines.front(), numberLines, dest = destination(marker),
-                    height = row.height](cairo_t* cr, double top) {
+                    height = row.height, page](cairo_t* cr, double top) {
+            // A file of a split export links only to its own pages.
+            bool linked = page >= drawnPages_.first && page <= drawnPages_.second;
             std::string link = "dest='" + dest + "' rect=[" + std::to_string(margin) + " " +
                                std::to_string(top) + " " + std::to_string(contentWidth()) + " " +
                                std::to_string(height) + "]";
-            cairo_tag_begin(cr, CAIRO_TAG_LINK, link.c_str());
+            if (linked) cairo_tag_begin(cr, CAIRO_TAG_LINK, link.c_str());
             drawLine(cr, line, margin, top + line.ascent);
             if (!numberLines.empty()) {
                 const Line& number = numberLines.front();
                 drawLine(cr, number, size.width - margin - number.width, top + line.ascent);
             }
-            cairo_tag_end(cr, CAIRO_TAG_LINK);
+            if (linked) cairo_tag_end(cr, CAIRO_TAG_LINK);
         };
         pieces.push_back(std::move(row));
     }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <climits>
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <optional>
@@ -49,7 +51,12 @@ public:
     // timeline and the appendix.
     Pagination paginate(const std::map<std::string, int>& contentsPages);
     // The PDF as cairo writes it: page frame, pieces, outline and links.
-    std::string render(const std::vector<Page>& pages, const PDFExporter::Progress& progress = {});
+    // With a range, only the pages [begin, end) of the pagination, numbered
+    // as in the whole document ("Page 38 of 120", and 38 in a viewer's page
+    // box), with their own font subsets; links and outline entries that lead
+    // to pages outside the range are left out.
+    std::string render(const std::vector<Page>& pages, const PDFExporter::Progress& progress = {},
+                       size_t begin = 0, size_t end = SIZE_MAX);
 
     struct Section {
         std::string key;
@@ -92,6 +99,9 @@ private:
     Importer::Redactor redactor_;
     // Timeline and appendix do not change between the two passes.
     std::optional<std::vector<Piece>> body_;
+    // The 1-based pages being drawn, first and last: a contents row links to
+    // a page only when it is among them.
+    std::pair<int, int> drawnPages_{1, INT32_MAX};
 
     // Every picture is decoded with its longer side at most this many
     // pixels: sharp in print at the sizes drawn, small in the file.

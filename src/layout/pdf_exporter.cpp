@@ -1,6 +1,7 @@
 #include "layout/pdf_exporter.h"
 
 #include <qpdf/QPDF.hh>
+#include <qpdf/QPDFPageDocumentHelper.hh>
 #include <qpdf/QPDFWriter.hh>
 
 #include "layout/layout.h"
@@ -49,6 +50,57 @@ Output make(const ExportInput& input, const Progress& progress) {
     output.data = finish(layout.render(second.pages, progress));
     output.pageCount = static_cast<int>(second.pages.size());
     return output;
+}
+
+std::vector<std::string> splitDrawn(const ExportInput& input, const std::string& data,
+                                    int64_t maxBytes) {
+    if (static_cast<int64_t>(data.size()) <= maxBytes) return {data};
+    // Copied pages give safe boundaries: a part drawn on its own holds no
+    // more than its copy, whose fonts are the whole document's.
+    std::vector<size_t> starts{0};
+    for (const auto& copied : split(data, maxBytes)) {
+        QPDF part;
+        part.setSuppressWarnings(true);
+        part.processMemoryFile("part", copied.data(), copied.size());
+        starts.push_back(starts.back() + QPDFPageDocumentHelper(part).getAllPages().size());
+    }
+    Layout layout(input);
+    Pagination first = layout.paginate({});
+    Pagination second = layout.paginate(first.markers);
+    if (starts.back() != second.pages.size())
+        throw EvidenceError::invalid("Could not create the PDF.");
+    auto drawn = [&](size_t from, size_t to) {
+        return finish(layout.render(second.pages, {}, starts[from], starts[to]));
+    };
+    auto fits = [&](const std::string& part) {
+        return static_cast<int64_t>(part.size()) <= maxBytes;
+    };
+
+    // From each boundary, whole copied parts are joined while the drawn
+    // result stays under the limit: doubling the step, then halving it.
+    std::vector<std::string> parts;
+    const size_t count = starts.size() - 1;
+    for (size_t from = 0; from < count;) {
+        size_t to = from + 1;
+        std::string best = drawn(from, to);
+        size_t step = 1;
+        while (to < count) {
+            std::string candidate = drawn(from, std::min(count, to + step));
+            if (!fits(candidate)) break;
+            best = std::move(candidate);
+            to = std::min(count, to + step);
+            step *= 2;
+        }
+        for (step /= 2; step >= 1 && to < count; step /= 2) {
+            std::string candidate = drawn(from, std::min(count, to + step));
+            if (!fits(candidate)) continue;
+            best = std::move(candidate);
+            to = std::min(count, to + step);
+        }
+        parts.push_back(std::move(best));
+        from = to;
+    }
+    return parts;
 }
 
 }  // namespace kinfolio::PDFExporter

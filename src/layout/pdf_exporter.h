@@ -36,9 +36,17 @@ using Progress = std::function<void(size_t done, size_t total)>;
 // file for an item is missing. Scan the folder again.", "Could not create the PDF.").
 Output make(const ExportInput& input, const Progress& progress = {});
 
-// Parts of at most maxBytes each (a lone page may be larger), in page order.
-// Throws EvidenceError ("Could not reopen the PDF to split it.").
+// Parts of at most maxBytes each (a lone page may be larger), in page order,
+// made by copying the pages of `data`: every part carries the whole
+// document's fonts. Throws EvidenceError ("Could not reopen the PDF to split it.").
 std::vector<std::string> split(const std::string& data, int64_t maxBytes);
+
+// The same parts drawn afresh, each a document of its own with only the
+// glyphs its pages use, joined while they stay under maxBytes: a chat in
+// Chinese or Japanese, whose font is most of the file, is no longer cut
+// into parts that each carry the whole font. `data` is make(input)'s PDF.
+std::vector<std::string> splitDrawn(const ExportInput& input, const std::string& data,
+                                    int64_t maxBytes);
 
 }  // namespace PDFExporter
 }  // namespace kinfolio

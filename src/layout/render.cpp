@@ -20,7 +20,8 @@ cairo_status_t collect(void* closure, const unsigned char* data, unsigned int le
 
 }  // namespace
 
-std::string Layout::render(const std::vector<Page>& pages, const PDFExporter::Progress& progress) {
+std::string Layout::render(const std::vector<Page>& pages, const PDFExporter::Progress& progress,
+                           size_t begin, size_t end) {
     const double width = contentWidth();
     std::string names = joinNonEmpty({s.applicant, s.partner}, " & ");
     std::string title = s.title.empty() ? "Relationship evidence" : s.title;
@@ -41,10 +42,19 @@ std::string Layout::render(const std::vector<Page>& pages, const PDFExporter::Pr
     }
     cairo_t* cr = cairo_create(surface);
     const int n = static_cast<int>(pages.size());
+    const int first = static_cast<int>(std::min(begin, pages.size()));
+    const int last = static_cast<int>(std::min(end, pages.size()));
+    drawnPages_ = {first + 1, last};
     std::map<std::string, bool> hasDestination;
-    for (int i = 0; i < n; ++i) {
+    for (int i = first; i < last; ++i) {
         setSource(cr, Colours::page);
         cairo_paint(cr);
+        // A later part of a split export numbers on in a viewer's page box.
+        // Set after the first drawing: cairo starts the page then, and
+        // starting it forgets a label set before. (cairo leaves out labels
+        // that number from 1, which would leave the first part's pages
+        // without any.)
+        if (first > 0) cairo_pdf_surface_set_page_label(surface, std::to_string(i + 1).c_str());
         if (i > 0) {
             const Line& left = headLeft.front();
             drawLine(cr, left, margin, 50 + left.ascent);
@@ -79,8 +89,10 @@ std::string Layout::render(const std::vector<Page>& pages, const PDFExporter::Pr
         const Line& number = label.front();
         drawLine(cr, number, size.width - margin - number.width, size.height - 50 + number.ascent);
         cairo_show_page(cr);
-        if (progress) progress(static_cast<size_t>(i) + 1, static_cast<size_t>(n));
+        if (progress)
+            progress(static_cast<size_t>(i - first) + 1, static_cast<size_t>(last - first));
     }
+    drawnPages_ = {1, INT32_MAX};
 
     // Bookmarks: one per section and one for the appendix.
     std::vector<std::pair<std::string, std::string>> outline;

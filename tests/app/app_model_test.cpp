@@ -182,7 +182,7 @@ TEST_F(AppModelTest, ProposedNamesJoinTitleAndApplicantWithoutSlashes) {
 
 TEST_F(AppModelTest, ASplitExportWritesNumberedPartsWithTheirNote) {
     AppServices services = testing::fakeServices(log);
-    services.split = [](const std::string& data, int64_t) {
+    services.split = [](const ExportInput&, const std::string& data, int64_t) {
         return std::vector<std::string>{data.substr(0, 3), data.substr(3, 3), data.substr(6)};
     };
     auto model = readyModel(services);
@@ -212,7 +212,7 @@ TEST_F(AppModelTest, ASplitExportWritesNumberedPartsWithTheirNote) {
 TEST_F(AppModelTest, APageOverTheLimitIsKeptAndWarnedAbout) {
     AppServices services = testing::fakeServices(log);
     int64_t seenLimit = 0;
-    services.split = [&seenLimit](const std::string&, int64_t maxBytes) {
+    services.split = [&seenLimit](const ExportInput&, const std::string&, int64_t maxBytes) {
         seenLimit = maxBytes;
         return std::vector<std::string>{"small", std::string(1000001, 'x')};
     };

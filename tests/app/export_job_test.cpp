@@ -4,6 +4,9 @@
 
 #include <filesystem>
 
+#include "app/app_services.h"
+#include "scan/scanner.h"
+#include "support/pdf_reader.h"
 #include "support/temp_folder.h"
 
 namespace kinfolio {
@@ -79,6 +82,53 @@ TEST(ExportJobTest, PartsAreNamedAfterTheTargetAndAnOversizedOneIsReported) {
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()),
                             std::filesystem::directory_iterator()),
               3);
+}
+
+// A chat in Chinese: its font subset is most of the file. Each part is drawn
+// with only the glyphs of its own pages, so every part stays under the limit,
+// and the printed and the viewer's page numbers run on from part to part.
+TEST(ExportJobTest, AChineseChatSplitsIntoPartsUnderTheLimitNumberedOn) {
+    testing::ScopedHome home;
+    testing::TempFolder materials, output;
+    std::string chat;
+    char32_t next = 0x4E00;
+    for (int m = 0; m < 420; ++m) {
+        std::string text;
+        for (int k = 0; k < 16; ++k, ++next) {
+            char32_t c = next;
+            text += static_cast<char>(0xE0 | (c >> 12));
+            text += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+            text += static_cast<char>(0x80 | (c & 0x3F));
+        }
+        char line[64];
+        std::snprintf(line, sizeof line, "%02d/01/2025, %02d:%02d - ", 1 + m % 28, 8 + m / 28 % 12,
+                      m % 60);
+        chat += line + std::string(m % 2 ? "\u738B\u82B3" : "Sam") + ": " + text + "\n";
+    }
+    materials.write("WhatsApp Chat with Wang Fang.txt", chat);
+    ScanResult scan = Scanner::scan(materials.path(), DateOrder::dayFirst, "UTC");
+    Settings settings = Settings::defaults();
+    settings.messagesPerMonth = 0;
+    settings.maxFileMB = 1;
+
+    auto result =
+        ExportJob::run(AppServices::standard(), scan, settings, output.path() + "/Evidence.pdf");
+    ASSERT_GE(result.written.files.size(), 2u);
+    int page = 0;
+    for (const auto& file : result.written.files) {
+        std::string part = testing::readFile(file);
+        EXPECT_LT(part.size(), 1'000'000u) << file;
+        EXPECT_TRUE(testing::qpdfCheckPasses(part)) << file;
+        auto read = testing::readPDF(part);
+        for (size_t i = 0; i < read.pages.size(); ++i) {
+            ++page;
+            std::string printed =
+                "Page " + std::to_string(page) + " of " + std::to_string(result.pageCount);
+            EXPECT_NE(read.flat(i).find(printed), std::string::npos) << file << " " << printed;
+            EXPECT_EQ(read.labels[i], std::to_string(page)) << file;
+        }
+    }
+    EXPECT_EQ(page, result.pageCount);
 }
 
 TEST(ExportJobTest, AFolderThatCannotBeWrittenIsAClearError) {

@@ -39,7 +39,7 @@ AppServices fakeServices(std::shared_ptr<FakeLog> log, size_t messages) {
         out.pageCount = static_cast<int>(input.items.size());
         return out;
     };
-    s.split = [](const std::string& data, int64_t maxBytes) {
+    s.split = [](const ExportInput&, const std::string& data, int64_t maxBytes) {
         std::vector<std::string> parts;
         for (size_t at = 0; at < data.size(); at += static_cast<size_t>(maxBytes))
             parts.push_back(data.substr(at, static_cast<size_t>(maxBytes)));

@@ -59,6 +59,9 @@ ReadPDF readPDF(const std::string& bytes) {
         double w = 0, h = 0;
         poppler_page_get_size(page, &w, &h);
         result.sizes.emplace_back(w, h);
+        char* label = poppler_page_get_label(page);
+        result.labels.push_back(label ? label : "");
+        g_free(label);
         g_object_unref(page);
     }
     g_object_unref(doc);

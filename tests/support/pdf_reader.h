@@ -13,6 +13,7 @@ namespace kinfolio::testing {
 struct ReadPDF {
     std::vector<std::string> pages;  // text of each page
     std::vector<std::pair<double, double>> sizes;
+    std::vector<std::string> labels;  // what a viewer shows in its page box
     // Whole text with line breaks as spaces, for sentences that wrap.
     std::string flat(size_t page) const;
     std::string allFlat() const;
