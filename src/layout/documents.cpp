@@ -1,53 +1,20 @@
-#include <poppler.h>
-
 #include <cmath>
 #include <memory>
 
 #include "layout/layout.h"
+#include "media/documents.h"
 
 namespace kinfolio {
-
-namespace {
-
-struct Unref {
-    void operator()(gpointer object) const {
-        if (object) g_object_unref(object);
-    }
-};
-using PagePtr = std::unique_ptr<PopplerPage, Unref>;
-
-// The first page of the PDF at `path`; it keeps its document (and the file)
-// open for as long as it lives, so it is opened where it is used and let go
-// at once: an export of hundreds of documents never holds them all open.
-// None when the file is gone or cannot be opened.
-PagePtr firstPage(const std::string& path) {
-    char* uri = g_filename_to_uri(path.c_str(), nullptr, nullptr);
-    if (!uri) return nullptr;
-    GError* error = nullptr;
-    PopplerDocument* document = poppler_document_new_from_file(uri, nullptr, &error);
-    g_free(uri);
-    if (error) g_error_free(error);
-    if (!document) return nullptr;
-    PopplerPage* page = poppler_document_get_n_pages(document) > 0
-                            ? poppler_document_get_page(document, 0)
-                            : nullptr;
-    g_object_unref(document);  // the page holds its own reference
-    return PagePtr(page);
-}
-
-}  // namespace
 
 std::vector<Piece> Layout::documentPiece(const std::string& path) {
     double width = 0, height = 0;
     {
-        PagePtr page = firstPage(path);
+        Scanner::FirstPage page = Scanner::firstPage(path);
         if (!page) return {};
         // A page drawn as it is prints its own words, which no hidden-text
         // rule can rewrite: a page that holds one is left out and says so.
         if (hiddenRuleCount() > 0) {
-            char* text = poppler_page_get_text(page.get());
-            std::string words = text ? text : "";
-            g_free(text);
+            std::string words = Scanner::pageText(page.get());
             if (redact(words) != words)
                 return textBlock("(First page not shown: it holds hidden text.)", 9, false,
                                  Colours::muted, 0, contentWidth());
@@ -65,7 +32,9 @@ std::vector<Piece> Layout::documentPiece(const std::string& path) {
     piece.height = drawnHeight + 10;
     piece.draw = [path, x = margin, width, height, drawnWidth, drawnHeight](cairo_t* cr,
                                                                             double top) {
-        PagePtr page = firstPage(path);
+        // Opened again here and let go at once: an export of hundreds of
+        // documents never holds them all open.
+        Scanner::FirstPage page = Scanner::firstPage(path);
         if (!page) return;  // gone since the layout: the space stays empty
         cairo_save(cr);
         // A sheet of paper, so a page without its own background reads as one.

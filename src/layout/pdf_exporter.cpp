@@ -1,7 +1,6 @@
 #include "layout/pdf_exporter.h"
 
 #include <qpdf/QPDF.hh>
-#include <qpdf/QPDFPageDocumentHelper.hh>
 #include <qpdf/QPDFWriter.hh>
 
 #include "layout/layout.h"
@@ -58,12 +57,7 @@ std::vector<std::string> splitDrawn(const ExportInput& input, const std::string&
     // Copied pages give safe boundaries: a part drawn on its own holds no
     // more than its copy, whose fonts are the whole document's.
     std::vector<size_t> starts{0};
-    for (const auto& copied : split(data, maxBytes)) {
-        QPDF part;
-        part.setSuppressWarnings(true);
-        part.processMemoryFile("part", copied.data(), copied.size());
-        starts.push_back(starts.back() + QPDFPageDocumentHelper(part).getAllPages().size());
-    }
+    split(data, maxBytes, &starts);
     Layout layout(input);
     Pagination first = layout.paginate({});
     Pagination second = layout.paginate(first.markers);

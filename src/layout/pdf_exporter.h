@@ -38,8 +38,10 @@ Output make(const ExportInput& input, const Progress& progress = {});
 
 // Parts of at most maxBytes each (a lone page may be larger), in page order,
 // made by copying the pages of `data`: every part carries the whole
-// document's fonts. Throws EvidenceError ("Could not reopen the PDF to split it.").
-std::vector<std::string> split(const std::string& data, int64_t maxBytes);
+// document's fonts. When the data is split, `ends` receives the page index
+// after each part. Throws EvidenceError ("Could not reopen the PDF to split it.").
+std::vector<std::string> split(const std::string& data, int64_t maxBytes,
+                               std::vector<size_t>* ends = nullptr);
 
 // The same parts drawn afresh, each a document of its own with only the
 // glyphs its pages use, joined while they stay under maxBytes: a chat in

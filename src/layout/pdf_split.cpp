@@ -481,7 +481,8 @@ std::string nextPart(OpenedPDF& pdf, size_t start, int64_t maxBytes, size_t& end
 }
 
 template <typename NextPart>
-std::vector<std::string> pack(const std::string& data, int64_t maxBytes, NextPart nextPart) {
+std::vector<std::string> pack(const std::string& data, int64_t maxBytes, NextPart nextPart,
+                              std::vector<size_t>* ends = nullptr) {
     if (static_cast<int64_t>(data.size()) <= maxBytes) return {data};
     try {
         OpenedPDF pdf(data);
@@ -489,6 +490,7 @@ std::vector<std::string> pack(const std::string& data, int64_t maxBytes, NextPar
         for (size_t start = 0; start < pdf.pageCount();) {
             size_t end = start + 1;
             parts.push_back(nextPart(pdf, start, maxBytes, end));
+            if (ends) ends->push_back(end);
             start = end;
         }
         return parts;
@@ -501,8 +503,9 @@ std::vector<std::string> pack(const std::string& data, int64_t maxBytes, NextPar
 
 }  // namespace
 
-std::vector<std::string> split(const std::string& data, int64_t maxBytes) {
-    return pack(data, maxBytes, nextPart);
+std::vector<std::string> split(const std::string& data, int64_t maxBytes,
+                               std::vector<size_t>* ends) {
+    return pack(data, maxBytes, nextPart, ends);
 }
 
 // The plain greedy packing: every part grows one page at a time and each

@@ -38,16 +38,12 @@ const icu::Normalizer2& folding() {
 // A run of white space (spaces, tabs, line breaks, no-break spaces) counts
 // as one space, in the rules and in the texts: an e-mail wrapped as
 // "Harriet\nDunmore" or a cell holding "Anna  Smith" still holds the phrase.
-bool isSpace(UChar32 c) {
-    return u_isUWhiteSpace(c);
-}
-
 icu::UnicodeString collapsedSpaces(const icu::UnicodeString& text) {
     bool needed = false;
     for (int32_t i = 0; i < text.length() && !needed; ++i) {
         char16_t c = text.charAt(i);
-        needed = (c != u' ' && isSpace(c)) ||
-                 (c == u' ' && i + 1 < text.length() && isSpace(text.charAt(i + 1)));
+        needed = (c != u' ' && u_isUWhiteSpace(c)) ||
+                 (c == u' ' && i + 1 < text.length() && u_isUWhiteSpace(text.charAt(i + 1)));
     }
     if (!needed) return text;
     icu::UnicodeString out;
@@ -55,7 +51,7 @@ icu::UnicodeString collapsedSpaces(const icu::UnicodeString& text) {
     for (int32_t i = 0; i < text.length();) {
         UChar32 c = text.char32At(i);
         i = text.moveIndex32(i, 1);
-        if (isSpace(c)) {
+        if (u_isUWhiteSpace(c)) {
             if (!inRun) out += u' ';
             inRun = true;
         } else {
@@ -99,8 +95,8 @@ Folded fold(const icu::UnicodeString& original) {
     icu::UnicodeString piece;
     for (int32_t i = 0; i < original.length();) {
         int32_t next = original.moveIndex32(i, 1);
-        if (isSpace(original.char32At(i))) {
-            while (next < original.length() && isSpace(original.char32At(next)))
+        if (u_isUWhiteSpace(original.char32At(i))) {
+            while (next < original.length() && u_isUWhiteSpace(original.char32At(next)))
                 next = original.moveIndex32(next, 1);
             f.text += u' ';
             f.from.push_back(i);

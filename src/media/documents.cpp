@@ -38,14 +38,7 @@ const std::array<Category, 4>& categories() {
 constexpr size_t kCategoryChars = 3000;
 constexpr size_t kDateChars = 4000;
 
-template <typename T>
-struct GObjectUnref {
-    void operator()(T* object) const {
-        if (object) g_object_unref(object);
-    }
-};
-template <typename T>
-using GObjectPtr = std::unique_ptr<T, GObjectUnref<T>>;
+using DocumentPtr = std::unique_ptr<PopplerDocument, GObjectUnref>;
 
 // Whether the text holds a year of this century or the last: four digits
 // starting 19 or 20.
@@ -67,23 +60,39 @@ std::optional<Instant> wallClock(GDateTime* when) {
 
 }  // namespace
 
+FirstPage firstPage(const std::string& path) {
+    char* uri = g_filename_to_uri(path.c_str(), nullptr, nullptr);
+    if (!uri) return nullptr;
+    GError* error = nullptr;
+    DocumentPtr document(poppler_document_new_from_file(uri, nullptr, &error));
+    g_free(uri);
+    if (error) g_error_free(error);
+    if (!document || poppler_document_get_n_pages(document.get()) < 1) return nullptr;
+    // The page holds its own reference to the document.
+    return FirstPage(poppler_document_get_page(document.get(), 0));
+}
+
+std::string pageText(PopplerPage* page) {
+    char* text = poppler_page_get_text(page);
+    std::string result = text ? repairUtf8(text) : "";
+    g_free(text);
+    return result;
+}
+
 std::optional<DocumentInfo> documentInfo(std::string_view bytes) {
     if (bytes.empty()) return std::nullopt;
     // The bytes stay mapped for the whole call; poppler reads them in place.
     GBytes* data = g_bytes_new_static(bytes.data(), bytes.size());
     GError* error = nullptr;
-    GObjectPtr<PopplerDocument> document(poppler_document_new_from_bytes(data, nullptr, &error));
+    DocumentPtr document(poppler_document_new_from_bytes(data, nullptr, &error));
     g_bytes_unref(data);
     if (error) g_error_free(error);
     if (!document || poppler_document_get_n_pages(document.get()) < 1) return std::nullopt;
+    FirstPage first(poppler_document_get_page(document.get(), 0));
+    if (!first) return std::nullopt;
 
     DocumentInfo info;
-    GObjectPtr<PopplerPage> first(poppler_document_get_page(document.get(), 0));
-    if (!first) return std::nullopt;
-    if (char* text = poppler_page_get_text(first.get())) {
-        info.firstPageText = repairUtf8(text);
-        g_free(text);
-    }
+    info.firstPageText = pageText(first.get());
     if (GDateTime* created = poppler_document_get_creation_date_time(document.get())) {
         info.created = wallClock(created);
         g_date_time_unref(created);

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <poppler.h>
+
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -18,6 +21,22 @@ struct DocumentInfo {
     // When the file says it was made, as the clock of its maker showed it.
     std::optional<Instant> created;
 };
+
+// Releases a poppler (GObject) object.
+struct GObjectUnref {
+    void operator()(gpointer object) const {
+        if (object) g_object_unref(object);
+    }
+};
+// A PDF's first page; it keeps its document, and for a file the file, open
+// for as long as it lives.
+using FirstPage = std::unique_ptr<PopplerPage, GObjectUnref>;
+
+// The first page of the PDF at `path`; null when the file is gone, cannot be
+// opened or has no page.
+FirstPage firstPage(const std::string& path);
+// The page's text in reading order, as UTF-8; empty for a page without text.
+std::string pageText(PopplerPage* page);
 
 // None when the bytes are no PDF poppler can open: damaged beyond repair,
 // protected by a password, or without a page.
