@@ -109,8 +109,24 @@ MappedFile::~MappedFile() {
 
 namespace {
 
+// The causes a person can act on get their own sentence; the rest name the
+// system's reason.
 [[noreturn]] void writeError(const std::string& path, int err) {
-    throw EvidenceError::invalid("Could not write " + path + ": " + std::strerror(err) + ".");
+    switch (err) {
+        case ENOSPC:
+        case EDQUOT:
+        case EFBIG:
+            throw EvidenceError::invalid("There is not enough space to save " + path +
+                                         ". Free some space on that disk, or save somewhere else.");
+        case EACCES:
+        case EPERM:
+        case EROFS:
+            throw EvidenceError::invalid("Kinfolio may not write to the folder of " + path +
+                                         ". Choose another folder, for example Documents.");
+        default:
+            throw EvidenceError::invalid("Could not write " + path + ": " + std::strerror(err) +
+                                         ".");
+    }
 }
 
 std::string homeSubdirectory(const char* variable, const char* fallback) {

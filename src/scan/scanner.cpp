@@ -1,5 +1,8 @@
 #include "scan/scanner.h"
 
+#include <dirent.h>
+
+#include <cerrno>
 #include <filesystem>
 
 #include "model/text.h"
@@ -76,8 +79,30 @@ Source chatSource(SourceKind kind, const FileRecord& file, std::vector<FileRecor
     return s;
 }
 
+namespace {
+
+// The folder itself must be there and readable; below it, what cannot be
+// read becomes a skipped file.
+void checkFolder(const std::string& folder) {
+    DIR* dir = ::opendir(folder.c_str());
+    if (dir) {
+        ::closedir(dir);
+        return;
+    }
+    if (errno == EACCES || errno == EPERM)
+        throw EvidenceError::invalid("Kinfolio may not read the folder " + folder +
+                                     ". Check its permissions in the file manager.");
+    if (errno == ENOTDIR) throw EvidenceError::invalid(folder + " is a file, not a folder.");
+    throw EvidenceError::invalid("The folder " + folder +
+                                 " is no longer there. It may have been moved, renamed or "
+                                 "deleted: choose it again.");
+}
+
+}  // namespace
+
 ScanResult scan(const std::string& folder, DateOrder order, const std::string& zone,
                 bool recognizeText, const Progress& progress) {
+    checkFolder(folder);
     ScanContext ctx;
     ctx.folder = fs::absolute(folder).lexically_normal().string();
     while (ctx.folder.size() > 1 && ctx.folder.back() == '/')
