@@ -9,8 +9,38 @@
 
 namespace kinfolio {
 
+namespace {
+
+// Thrown through the scanner by its progress callback when the scan is no
+// longer wanted; not an error, so not an std::exception.
+struct ScanStopped {};
+
+// Progress reaches the window at most this often: enough for a moving count,
+// few enough not to flood the main thread on a folder of thousands of files.
+constexpr double kProgressInterval = 0.05;
+
+// Whether `path` lies in `folder` or below it, links resolved.
+bool insideFolder(const std::string& path, const std::string& folder) {
+    std::error_code ec;
+    auto target = std::filesystem::weakly_canonical(std::filesystem::absolute(path), ec);
+    auto root = std::filesystem::weakly_canonical(folder, ec);
+    if (ec) return false;
+    auto relative = target.lexically_relative(root);
+    return !relative.empty() && *relative.begin() != "..";
+}
+
+}  // namespace
+
 AppModel::AppModel(Executor& executor, AppServices services, SettingsStore store)
     : executor_(executor), services_(std::move(services)), store_(std::move(store)) {}
+
+AppModel::~AppModel() {
+    stopWork();
+}
+
+void AppModel::stopWork() {
+    wantedScan_->store(~uint64_t{0});
+}
 
 void AppModel::observe(std::function<void()> observer) {
     observers_.push_back(std::move(observer));
@@ -38,11 +68,25 @@ void AppModel::start() {
 }
 
 void AppModel::save() {
-    try {
-        store_.save(state_.settings, state_.folder);
-    } catch (const EvidenceError& e) {
-        state_.errorMessage = e.what();
-    }
+    // Written in the background: the file is synced to disk, which can take
+    // longer than a keystroke. Saves run in the order they were asked for,
+    // and one overtaken by a newer save writes nothing.
+    uint64_t generation = ++saveGeneration_;
+    Executor* executor = &executor_;
+    executor_.background([this, executor, generation, saving = saving_, store = store_,
+                          settings = state_.settings, folder = state_.folder] {
+        std::lock_guard lock(saving->lock);
+        if (generation < saving->written) return;
+        try {
+            store.save(settings, folder);
+            saving->written = generation;
+        } catch (const EvidenceError& e) {
+            executor->post([this, message = std::string(e.what())] {
+                state_.errorMessage = message;
+                changed();
+            });
+        }
+    });
 }
 
 void AppModel::chooseFolder(const std::string& folder, bool isDemo) {
@@ -54,30 +98,72 @@ void AppModel::chooseFolder(const std::string& folder, bool isDemo) {
 }
 
 void AppModel::openExample(const std::string& folder) {
+    if (ExampleFolder::holdsExample(folder)) return chooseFolder(folder, true);
     try {
-        if (!ExampleFolder::holdsExample(folder)) ExampleFolder::write(folder);
+        ExampleFolder::checkTarget(folder);
     } catch (const EvidenceError& e) {
         state_.errorMessage = e.what();
         changed();
         return;
     }
-    chooseFolder(folder, true);
+    // Making the example's videos and documents takes a moment: it is done
+    // in the background and shown as the start of the scan.
+    ++scanGeneration_;
+    uint64_t generation = scanGeneration_;
+    state_.folder = folder;
+    state_.isDemo = true;
+    state_.phase = Phase::scanning;
+    state_.filesRead = state_.filesTotal = 0;
+    Executor* executor = &executor_;
+    executor_.background([this, executor, generation, folder] {
+        std::optional<std::string> error;
+        try {
+            ExampleFolder::write(folder);
+        } catch (const std::exception& e) {
+            error = e.what();
+        }
+        executor->post([this, generation, folder, error] {
+            if (generation != scanGeneration_) return;
+            if (!error) return chooseFolder(folder, true);
+            closeFolder();
+            state_.errorMessage = error;
+            changed();
+        });
+    });
+    changed();
 }
 
 void AppModel::rescan() {
     if (!state_.folder) return;
     state_.phase = Phase::scanning;
+    state_.filesRead = state_.filesTotal = 0;
     state_.isReadingScreenshots = false;
     state_.showingReadingProgress = false;
     uint64_t generation = ++scanGeneration_;
+    wantedScan_->store(generation);
     Executor* executor = &executor_;
-    executor_.background([this, executor, generation, services = services_, folder = *state_.folder,
-                          settings = state_.settings] {
+    executor_.background([this, executor, generation, wanted = wantedScan_, services = services_,
+                          folder = *state_.folder, settings = state_.settings] {
         auto result = std::make_shared<ScanResult>();
         result->folder = folder;
         std::optional<std::string> error;
+        double reported = -kProgressInterval;
+        auto progress = [&](size_t done, size_t total) {
+            // A newer scan, a closed folder or a closed window: stop reading.
+            if (wanted->load() != generation) throw ScanStopped{};
+            if (done < total && executor->now() - reported < kProgressInterval) return;
+            reported = executor->now();
+            executor->post([this, generation, done, total] {
+                if (generation != scanGeneration_) return;
+                state_.filesRead = done;
+                state_.filesTotal = total;
+                changed();
+            });
+        };
         try {
-            *result = services.scan(folder, settings.dateOrder, settings.timeZoneID, {});
+            *result = services.scan(folder, settings.dateOrder, settings.timeZoneID, progress);
+        } catch (const ScanStopped&) {
+            return;
         } catch (const std::exception& e) {
             error = dynamic_cast<const EvidenceError*>(&e)
                         ? std::string(e.what())
@@ -125,6 +211,7 @@ void AppModel::adopt(std::shared_ptr<const ScanResult> scan, const Settings& set
 
 void AppModel::closeFolder() {
     ++scanGeneration_;
+    wantedScan_->store(scanGeneration_);
     ++selectionGeneration_;
     cancelPreview();
     renderingGeneration_ = 0;
@@ -286,12 +373,13 @@ void AppModel::readScreenshots() {
     state_.screenshotsTotal = total;
     uint64_t generation = scanGeneration_;
     Executor* executor = &executor_;
-    executor_.background([this, executor, generation, services = services_, scan = state_.scan,
-                          settings = state_.settings] {
+    executor_.background([this, executor, generation, wanted = wantedScan_, services = services_,
+                          scan = state_.scan, settings = state_.settings] {
         // The lines are written into a copy, made here rather than on the
         // main thread, which goes on showing the scan without them.
         auto read = std::make_shared<ScanResult>(*scan);
-        auto report = [this, executor, generation](size_t done, size_t total) {
+        auto report = [this, executor, generation, wanted](size_t done, size_t total) {
+            if (wanted->load() != generation) throw ScanStopped{};
             executor->post([this, generation, done, total] {
                 if (generation != scanGeneration_) return;
                 state_.screenshotsRead = done;
@@ -299,7 +387,11 @@ void AppModel::readScreenshots() {
                 changed();
             });
         };
-        services.recognizeScreenshots(*read, report);
+        try {
+            services.recognizeScreenshots(*read, report);
+        } catch (const ScanStopped&) {
+            return;
+        }
         Picks picks = pick(services, *read, settings);
         std::shared_ptr<const ScanResult> recognised = std::move(read);
         executor->post(
@@ -320,6 +412,20 @@ void AppModel::continueReadingInBackground() {
     changed();
 }
 
+std::string AppModel::summary() const {
+    return Selection::summary(state_.selected);
+}
+
+std::string AppModel::gapSentence() const {
+    return Selection::gapSentence(Selection::gapMonths(state_.selected));
+}
+
+std::string AppModel::previewNote() const {
+    if (!state_.previewTruncated) return {};
+    return "(Preview of the first " + std::to_string(kPreviewItemLimit) + " of " +
+           std::to_string(state_.selected.size()) + " items; the export includes all)";
+}
+
 std::string AppModel::proposedFileName() const {
     return ExportJob::baseName(state_.settings) + ".pdf";
 }
@@ -330,6 +436,13 @@ void AppModel::exportPDF(const std::string& path) {
     state_.exportedFiles.clear();
     if (state_.selected.empty()) {
         state_.errorMessage = "Nothing is selected.";
+        changed();
+        return;
+    }
+    if (state_.folder && insideFolder(path, *state_.folder)) {
+        state_.errorMessage =
+            "Save the PDF outside the materials folder, so that Kinfolio does not read it as one "
+            "of your records the next time it scans the folder.";
         changed();
         return;
     }

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <set>
 #include <string>
@@ -24,6 +26,9 @@ struct AppState {
     // shows it; a new scan or the recognised screenshots replace it whole.
     std::shared_ptr<const ScanResult> scan;
     bool isDemo = false;
+    // The scan's progress: "Reading files: 120 of 480". Both 0 while the
+    // folder is listed (or the example written), before files are read.
+    size_t filesRead = 0, filesTotal = 0;
     Settings settings = Settings::defaults();
     // All three point into *scan and are replaced in the same step as it.
     Selection::ItemRefs selected;
@@ -54,6 +59,9 @@ public:
     static constexpr double kPreviewDelay = 0.25;
 
     AppModel(Executor& executor, AppServices services, SettingsStore store);
+    // stopWork(); what is still running is dropped on arrival by the
+    // executor, which outlives the model.
+    ~AppModel();
     AppModel(const AppModel&) = delete;
     AppModel& operator=(const AppModel&) = delete;
 
@@ -68,6 +76,7 @@ public:
     void chooseFolder(const std::string& folder, bool isDemo = false);
     // Writes the example materials folder into `folder` unless it holds it
     // already, then opens it as a demo. A folder with other files is refused.
+    // The writing runs in the background, shown as the scan.
     void openExample(const std::string& folder);
     void rescan();
     void closeFolder();
@@ -79,11 +88,23 @@ public:
     // "Back to Automatic Choice": forget every manual tick.
     void resetManualChoice();
 
+    // What the selection covers: "64 messages, 3 documents", or "Nothing".
+    std::string summary() const;
+    // "Nothing selected for Feb 2025, Mar 2025. Add …", empty without gaps.
+    std::string gapSentence() const;
+    // Under a truncated preview: "(Preview of the first 250 of 300 items; the
+    // export includes all)"; empty when the preview shows everything.
+    std::string previewNote() const;
+
     // The name the save dialog proposes: the base name + ".pdf".
     std::string proposedFileName() const;
     // Renders the whole selection and writes it to `path`, or, when it is
     // split, writes the numbered parts next to it named after its stem.
     void exportPDF(const std::string& path);
+
+    // Stops a scan or the reading of screenshots at its next file, before
+    // the program ends. An export goes on, so its file is written whole.
+    void stopWork();
 
     void continueReadingInBackground();
     void dismissError();
@@ -121,7 +142,16 @@ private:
     AppState state_;
     std::vector<std::function<void()>> observers_;
 
+    struct Saving {
+        std::mutex lock;
+        uint64_t written = 0;  // the generation of the settings on disk
+    };
+    std::shared_ptr<Saving> saving_ = std::make_shared<Saving>();
+    uint64_t saveGeneration_ = 0;
     uint64_t scanGeneration_ = 0;
+    // The generation of the scan wanted now, read by the scan in flight to
+    // stop early once it is no longer wanted; ~0 when the model goes away.
+    std::shared_ptr<std::atomic<uint64_t>> wantedScan_ = std::make_shared<std::atomic<uint64_t>>(0);
     uint64_t selectionGeneration_ = 0;
     Settings proposedUnder_;  // the automatic part of the settings of state_.proposed
     uint64_t previewGeneration_ = 0;

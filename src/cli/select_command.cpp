@@ -1,25 +1,16 @@
+#include "app/item_list.h"
 #include "cli/commands.h"
 #include "layout/redaction.h"
-#include "model/calendar.h"
-#include "model/text.h"
 #include "selection/selection.h"
 
 namespace kinfolio::cli {
 
 namespace {
 
-constexpr size_t kTextPreview = 60;  // characters, not bytes
-
-// One line per item: a message's line breaks would split it. The user's
-// hidden words are replaced as in the document, in the whole joined line
-// before it is shortened, so that no cut leaves part of a hidden word.
+// One line per item: date, sender, the start of its text.
 std::string itemLine(const Evidence& item, const Importer::Redactor& redact) {
-    std::string text = replaceAll(replaceAll(item.text, "\r\n", " "), "\n", " ");
-    text = redact(replaceAll(text, "\r", " "));
-    std::string line =
-        Calendar::format(item.date, "yyyy-MM-dd HH:mm") + "  " +
-        (item.sender.empty() ? "(" + std::string(rawValue(item.kind)) + ")" : redact(item.sender));
-    if (!text.empty()) line += "  " + prefixCodePoints(text, kTextPreview);
+    std::string line = ItemList::date(item) + "  " + ItemList::sender(item, redact);
+    if (std::string text = ItemList::textStart(item, redact); !text.empty()) line += "  " + text;
     return line;
 }
 

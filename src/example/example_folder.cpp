@@ -73,7 +73,7 @@ Files files() {
     return out;
 }
 
-void write(const std::string& folder) {
+void checkTarget(const std::string& folder) {
     std::error_code ec;
     if (fs::exists(folder, ec)) {
         if (!fs::is_directory(folder, ec))
@@ -85,6 +85,10 @@ void write(const std::string& folder) {
                                          " is not empty. Choose an empty or new folder for the "
                                          "example, so that none of your own files is mixed in.");
     }
+}
+
+void write(const std::string& folder) {
+    checkTarget(folder);
     // Everything is made in memory first, so a failure leaves nothing half written.
     Files all = files();
     makeDirectories(folder);

