@@ -260,7 +260,17 @@ void remember(const std::string& fileID, const std::vector<TextBox>& boxes) {
 }  // namespace
 
 std::string recognitionLanguages() {
-    // English alone. Loading every installed pack next to it reads other
+    // Other languages only when named ("eng+tha"): the names of installed
+    // packs, letters and "_" joined by "+"; anything else is ignored.
+    if (const char* named = std::getenv("KINFOLIO_TEXT_LANGUAGES")) {
+        std::string_view list(named);
+        bool plain = !list.empty() && list.front() != '+' && list.back() != '+' &&
+                     std::all_of(list.begin(), list.end(), [](char c) {
+                         return (c >= 'a' && c <= 'z') || c == '_' || c == '+';
+                     });
+        if (plain) return std::string(list);
+    }
+    // By default English alone. Loading every installed pack next to it reads other
     // scripts too, but each recogniser then takes 1-2 s instead of 0.1-0.2 s
     // to load and some 250 MB more memory, an English screenshot takes 5-40 %
     // longer and a Chinese or Thai one about five times as long; and Chinese

@@ -140,7 +140,18 @@ TEST(TextRecognition, WarmUpLeavesNoTrace) {
     testing::ScopedCacheHome cache;
     Scanner::warmUpTextRecognition();
     EXPECT_FALSE(fs::exists(cache.path() + "/kinfolio/text"));
-    EXPECT_EQ(Scanner::recognitionLanguages().substr(0, 3), "eng");
+    EXPECT_EQ(Scanner::recognitionLanguages(), "eng");
+}
+
+TEST(TextRecognition, OtherLanguagesOnlyWhenNamedPlainly) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"eng+tha", "eng+tha"}, {"chi_sim", "chi_sim"}, {"", "eng"},
+        {"../eng", "eng"},      {"eng+", "eng"},        {"ENG", "eng"},
+    };
+    for (const auto& [named, used] : cases) {
+        testing::ScopedEnvironment languages("KINFOLIO_TEXT_LANGUAGES", named);
+        EXPECT_EQ(Scanner::recognitionLanguages(), used) << named;
+    }
 }
 
 }  // namespace
