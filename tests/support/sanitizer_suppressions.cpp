@@ -2,7 +2,9 @@
 // allocated in ways LeakSanitizer reports as lost; every test that draws text
 // through cairo or Pango would otherwise fail at exit. cairo 1.16 loses one
 // buffer (768 bytes, realloc'd inside cairo itself) when it writes a large
-// CJK font subset, whatever the caller does.
+// CJK font subset, whatever the caller does. Qt's PDF view never frees the
+// scroller it grabs, nor the threads of its page renderer.
 extern "C" const char* __lsan_default_suppressions() {
-    return "leak:libfontconfig.so\nleak:libcairo.so\n";
+    return "leak:libfontconfig.so\nleak:libcairo.so\nleak:QScroller::grabGesture\n"
+           "leak:libQt6Pdf.so\nleak:QPdfPageRenderer\n";
 }
