@@ -108,8 +108,8 @@ void AppModel::openExample(const std::string& folder) {
     }
     // Making the example's videos and documents takes a moment: it is done
     // in the background and shown as the start of the scan.
-    ++scanGeneration_;
-    uint64_t generation = scanGeneration_;
+    uint64_t generation = ++scanGeneration_;
+    wantedScan_->store(generation);  // a scan of the folder shown before stops
     state_.folder = folder;
     state_.isDemo = true;
     state_.phase = Phase::scanning;

@@ -142,11 +142,11 @@ void MainWindow::buildReadyPage() {
     for (QLabel* label : {summary_, gaps_, status_})
         texts->addWidget(label);
     row->addLayout(texts, 1);
-    itemsButton_ = new QPushButton("Choose Items…", footer);
-    itemsButton_->setToolTip("See every item and tick what goes into the PDF.");
-    exportButton_ = new QPushButton("Export PDF…", footer);
+    itemsButton_ =
+        button("Choose Items…", "See every item and tick what goes into the PDF.", footer);
+    exportButton_ =
+        button("Export PDF…", "Make the PDF of everything selected and save it.", footer);
     exportButton_->setDefault(true);
-    exportButton_->setToolTip("Make the PDF of everything selected and save it.");
     row->addWidget(itemsButton_);
     row->addWidget(exportButton_);
     layout->addWidget(footer);
@@ -170,26 +170,26 @@ void MainWindow::buildMenus() {
     QMenu* file = menuBar()->addMenu("&File");
     add(
         file, "Choose Materials Folder…", {QKeySequence(Qt::CTRL | Qt::Key_O)},
-        [this] { chooseFolder(); },
-        "Choose the folder with your chat exports, photos and documents.");
+        [this] { chooseFolder(); }, kChooseHelp);
     add(
         file, "Try the Example", {}, [this] { tryExample(); },
         "Make a folder with a fictional couple's records and open it.");
-    add(
+    rescanAction_ = add(
         file, "Rescan", {QKeySequence(Qt::Key_F5), QKeySequence(Qt::CTRL | Qt::Key_R)},
-        [this] { model_->rescan(); }, "Read the folder again to pick up files you added");
-    add(
+        [this] { model_->rescan(); }, kRescanHelp);
+    closeAction_ = add(
         file, "Close Folder", {QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_W)},
-        [this] { model_->closeFolder(); }, "Close this folder and go back to the start screen");
+        [this] { model_->closeFolder(); }, kCloseHelp);
     file->addSeparator();
-    add(file, "Export PDF…", {QKeySequence(Qt::CTRL | Qt::Key_E)}, [this] { exportWithDialog(); });
+    exportAction_ = add(file, "Export PDF…", {QKeySequence(Qt::CTRL | Qt::Key_E)},
+                        [this] { exportWithDialog(); });
     file->addSeparator();
     add(file, "Quit", {QKeySequence(Qt::CTRL | Qt::Key_Q)}, [this] { close(); });
 
     QMenu* items = menuBar()->addMenu("&Items");
-    add(items, "Choose Items…", {QKeySequence(Qt::CTRL | Qt::Key_I)},
-        [this] { model_->setShowingItems(true); });
-    add(
+    itemsAction_ = add(items, "Choose Items…", {QKeySequence(Qt::CTRL | Qt::Key_I)},
+                       [this] { model_->setShowingItems(true); });
+    automaticAction_ = add(
         items, "Back to Automatic Choice", {}, [this] { model_->resetManualChoice(); },
         "Forget every item you ticked or unticked by hand.");
 
@@ -235,8 +235,7 @@ void MainWindow::openFolder(const QString& folder) {
 void MainWindow::chooseFolder() {
     const AppState& s = model_->state();
     QString from = s.folder ? QFileInfo(qt(*s.folder)).absolutePath() : documentsFolder();
-    QString folder = QFileDialog::getExistingDirectory(
-        this, "Choose the folder with your chat exports, photos and documents.", from);
+    QString folder = QFileDialog::getExistingDirectory(this, kChooseHelp, from);
     if (!folder.isEmpty()) openFolder(folder);
 }
 
@@ -273,7 +272,6 @@ void MainWindow::exportWithDialog() {
     if (!path.endsWith(".pdf", Qt::CaseInsensitive)) path += ".pdf";
     QSettings(windowState_, QSettings::IniFormat)
         .setValue("exportFolder", QFileInfo(path).absolutePath());
-    lastExport_ = path;
     model_->exportPDF(utf8(path));
 }
 
@@ -299,11 +297,11 @@ void MainWindow::refresh() {
             QFileInfo(qt(*s.folder)).fileName() + (s.isDemo ? " (example)" : "") + " — Kinfolio";
     setWindowTitle(title);
     bool ready = s.phase == Phase::ready && s.scan;
-    action("Rescan")->setEnabled(s.folder.has_value());
-    action("Close Folder")->setEnabled(s.folder.has_value());
-    action("Export PDF…")->setEnabled(ready && !s.isExporting);
-    action("Choose Items…")->setEnabled(ready);
-    action("Back to Automatic Choice")->setEnabled(ready);
+    rescanAction_->setEnabled(s.folder.has_value());
+    closeAction_->setEnabled(s.folder.has_value());
+    exportAction_->setEnabled(ready && !s.isExporting);
+    itemsAction_->setEnabled(ready);
+    automaticAction_->setEnabled(ready);
 
     if (page == scanning_) scanning_->show(s);
     if (page == empty_) empty_->show(s);

@@ -85,8 +85,9 @@ private:
     QString windowState_;
     bool refreshPending_ = false;
     bool wasExporting_ = false;
-    QString lastExport_;  // the target chosen in the save dialog
 
+    // The menu commands that depend on the state.
+    QAction *rescanAction_, *closeAction_, *exportAction_, *itemsAction_, *automaticAction_;
     QStackedWidget* pages_;
     StartPage* start_;
     ScanningPage* scanning_;

@@ -28,13 +28,6 @@ QVBoxLayout* centredColumn(QWidget* page, int maxWidth) {
     return layout;
 }
 
-QPushButton* button(const QString& text, const QString& help, QWidget* parent) {
-    auto* b = new QPushButton(text, parent);
-    b->setToolTip(help);
-    b->setAccessibleDescription(help);
-    return b;
-}
-
 }  // namespace
 
 StartPage::StartPage(QWidget* parent) : QWidget(parent) {
@@ -49,8 +42,7 @@ StartPage::StartPage(QWidget* parent) : QWidget(parent) {
         "blacked out.",
         this));
     layout->addSpacing(16);
-    chooseButton = button("Choose Materials Folder…",
-                          "Choose the folder with your chat exports, photos and documents.", this);
+    chooseButton = button("Choose Materials Folder…", kChooseHelp, this);
     chooseButton->setDefault(true);
     exampleButton = button("Try the Example",
                            "Make a folder with a fictional couple's records and open it, to see "
@@ -78,8 +70,7 @@ ScanningPage::ScanningPage(QWidget* parent) : QWidget(parent) {
     bar_->setAccessibleName("Reading progress");
     bar_->setTextVisible(false);
     count_ = paragraph({}, this);
-    cancelButton =
-        button("Close Folder", "Close this folder and go back to the start screen", this);
+    cancelButton = button("Close Folder", kCloseHelp, this);
     for (QWidget* w : std::initializer_list<QWidget*>{title_, folder_, bar_, count_})
         layout->addWidget(w);
     auto* row = new QHBoxLayout;
@@ -162,10 +153,9 @@ EmptyPage::EmptyPage(QWidget* parent) : QWidget(parent) {
                   this));
     skipped_ = new SkippedList(this);
     layout->addWidget(skipped_);
-    rescanButton = button("Rescan", "Read the folder again to pick up files you added", this);
+    rescanButton = button("Rescan", kRescanHelp, this);
     rescanButton->setDefault(true);
-    chooseButton = button("Choose Another Folder…",
-                          "Choose the folder with your chat exports, photos and documents.", this);
+    chooseButton = button("Choose Another Folder…", kChooseHelp, this);
     guidesButton = button("How do I export my chats?",
                           "Step-by-step guides for every app Kinfolio reads.", this);
     auto* row = new QHBoxLayout;

@@ -75,7 +75,6 @@ void PreviewPane::load(const std::string& pdf) {
                 if (shownBytes_) shownBytes_->deleteLater();
                 shown_ = document;
                 shownBytes_ = buffer;
-                ++loaded_;
             });
     document->load(buffer);
 }

@@ -19,9 +19,8 @@ public:
     explicit PreviewPane(QWidget* parent = nullptr);
     void show(const AppModel& model);
 
-    // The document shown (for tests), and how many documents were loaded.
+    // The document shown (for tests).
     const QPdfDocument* document() const { return shown_; }
-    int documentsLoaded() const { return loaded_; }
     // Whether the document on screen is made of these bytes.
     bool shows(const std::string& pdf) const;
 
@@ -38,7 +37,6 @@ private:
     QPdfDocument* shown_ = nullptr;
     QBuffer* shownBytes_ = nullptr;
     QByteArray bytes_;  // of the document shown or being loaded
-    int loaded_ = 0;
 };
 
 }  // namespace kinfolio::gui

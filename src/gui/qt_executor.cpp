@@ -18,11 +18,7 @@ QtExecutor::~QtExecutor() {
 
 void QtExecutor::background(Task work) {
     if (closing_) return;
-    ++pending_;
-    pool_.start([this, work = std::move(work)] {
-        work();
-        --pending_;
-    });
+    pool_.start(std::move(work));
 }
 
 void QtExecutor::post(Task work) {

@@ -31,14 +31,11 @@ public:
     // dropped) and waits for the background work under way. Called before
     // the model that posts the tasks goes away.
     void shutdown();
-    // Whether background work is under way or waiting.
-    bool busy() const { return pending_.load() > 0; }
 
 private:
     QThreadPool pool_;
     QElapsedTimer clock_;
     std::atomic<bool> closing_{false};
-    std::atomic<int> pending_{0};
     TimerID nextTimer_ = 1;
     std::map<TimerID, QTimer*> timers_;
 };

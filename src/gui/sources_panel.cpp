@@ -31,12 +31,8 @@ SourcesPanel::SourcesPanel(AppModel& model, QWidget* parent) : QWidget(parent), 
     innerLayout->addWidget(skipped_);
     innerLayout->addStretch();
 
-    rescanButton = new QPushButton("Rescan", this);
-    rescanButton->setToolTip("Read the folder again to pick up files you added");
-    rescanButton->setAccessibleDescription(rescanButton->toolTip());
-    chooseButton = new QPushButton("Choose Another Folder…", this);
-    chooseButton->setToolTip("Choose the folder with your chat exports, photos and documents.");
-    chooseButton->setAccessibleDescription(chooseButton->toolTip());
+    rescanButton = button("Rescan", kRescanHelp, this);
+    chooseButton = button("Choose Another Folder…", kChooseHelp, this);
     auto* row = new QHBoxLayout;
     row->addWidget(rescanButton);
     row->addWidget(chooseButton);

@@ -41,6 +41,13 @@ QVBoxLayout* scrollingColumn(QBoxLayout* into, const QString& name, QWidget* par
     return column;
 }
 
+QPushButton* button(const QString& text, const QString& help, QWidget* parent) {
+    auto* b = new QPushButton(text, parent);
+    b->setToolTip(help);
+    b->setAccessibleDescription(help);
+    return b;
+}
+
 void showText(QLabel* label, const QString& text) {
     if (label->text() != text) label->setText(text);
     label->setVisible(!text.isEmpty());

@@ -327,12 +327,13 @@ TEST_F(MainWindowTest, ClosingDuringAScanOrAnExportLeavesNothingHalfWritten) {
     EXPECT_TRUE(state().isExporting);
     window->close();
     window.reset();
-    // The export was finished and written whole, or not at all; never a
-    // part, never a temporary file.
-    for (const auto& entry : fs::directory_iterator(out.path())) {
-        EXPECT_EQ(entry.path().filename(), "closing.pdf");
-        EXPECT_GT(readPDF(testing::readFile(entry.path())).pages.size(), 1u);
-    }
+    // Closing waits for the export, so the file is there and whole, and
+    // nothing else (no temporary file) is next to it.
+    std::vector<fs::path> written;
+    for (const auto& entry : fs::directory_iterator(out.path()))
+        written.push_back(entry.path());
+    ASSERT_EQ(written, std::vector<fs::path>{out.path() + "/closing.pdf"});
+    EXPECT_GT(readPDF(testing::readFile(written.front())).pages.size(), 1u);
 }
 
 // The GUI thread's own time between two ticks of a 5 ms timer: the time the
