@@ -4,6 +4,7 @@
 
 #include "importers/dates.h"
 #include "importers/whatsapp_fast.h"
+#include "importers/whatsapp_forms.h"
 #include "importers/whatsapp_line.h"
 #include "model/text.h"
 
@@ -73,7 +74,7 @@ bool looksLikeWhatsApp(std::string_view text) {
         icu::UnicodeString line = lines[i];
         line.findAndReplace(icu::UnicodeString(u"\u200E"), icu::UnicodeString());
         line.findAndReplace(icu::UnicodeString(u"\uFEFF"), icu::UnicodeString());
-        if (whatsappLine().find(line)) ++matching;
+        if (whatsappLine().find(line) || isFormLine(toUtf8(line))) ++matching;
     }
     if (matching >= 2) return true;
     return matching == 1 && lines.size() < 3;
@@ -148,8 +149,19 @@ ImportResult parseLines(std::string_view text, const std::string& fileID, DateOr
             cleaned = withoutInvisibleMarks(line);
             line = cleaned;
         }
-        if (auto rest = messageLine(line, stamp, slowRest)) {
-            auto when = messageDate(stamp, order);
+        // A timestamp that the shared date lists do not read may be in a
+        // form that phones of other languages write.
+        std::optional<std::string_view> rest = messageLine(line, stamp, slowRest);
+        std::optional<Instant> when;
+        if (rest) when = messageDate(stamp, order);
+        if (!when) {
+            if (auto other = formLine(line, order)) {
+                slowRest = std::move(other->rest);
+                rest = slowRest;
+                when = other->date;
+            }
+        }
+        if (rest) {
             if (!when)
                 throw EvidenceError::invalid("Could not read the date on line " +
                                              std::to_string(n) + ".");
@@ -159,7 +171,11 @@ ImportResult parseLines(std::string_view text, const std::string& fileID, DateOr
             if (colon == std::string_view::npos) {
                 e.text = *rest;
             } else {
-                e.sender = rest->substr(0, colon);
+                // Some languages put a space before the colon: "Sam : hi".
+                std::string_view sender = rest->substr(0, colon);
+                bool mayEndInSpace =
+                    !sender.empty() && (sender.back() == ' ' || sender.back() & 0x80);
+                e.sender = mayEndInSpace ? trimWhitespace(sender) : std::string(sender);
                 e.text = rest->substr(colon + 2);
             }
             e.fileID = sharedID;

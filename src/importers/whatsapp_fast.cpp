@@ -4,9 +4,9 @@
 #include <unicode/utf8.h>
 
 #include <chrono>
-#include <ctime>
 
 #include "importers/dates.h"
+#include "model/calendar.h"
 
 namespace kinfolio::Importer::fast {
 
@@ -172,18 +172,6 @@ bool number(std::string_view s, size_t from, size_t to, int& value) {
     return true;
 }
 
-// The first year that the "yy" pivot gives a two-digit year: ICU places
-// those in the hundred years starting 80 years before today.
-int centuryStartYear() {
-    static const int year = [] {
-        std::time_t now = std::time(nullptr);
-        std::tm utc{};
-        gmtime_r(&now, &utc);
-        return utc.tm_year + 1900 - 80;
-    }();
-    return year;
-}
-
 }  // namespace
 
 // Handles "d/M/y H:mm[:ss][ AM|PM]" (and month first) and "d.M.y H:mm[:ss]"
@@ -235,9 +223,8 @@ std::optional<Instant> timestamp(std::string_view s, DateOrder order) {
     // 1582; such years are left to it.
     if (yearDigits == 4 && year < 1600) return std::nullopt;
     if (yearDigits == 2) {
-        int start = centuryStartYear();
-        int full = start / 100 * 100 + year;
-        if (full < start) full += 100;
+        int start = Calendar::centuryStartYear();
+        int full = Calendar::fullYear(year);
         if (full <= start + 1 || full >= start + 99) return std::nullopt;
         year = full;
     }

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <map>
 #include <set>
 
@@ -151,6 +152,22 @@ std::optional<Instant> makeDate(int year, int month, int day, int hour, int minu
     auto days = sys_days{ymd}.time_since_epoch().count();
     double unix = static_cast<double>(days) * 86400.0 + hour * 3600.0 + minute * 60.0 + second;
     return instantFromUnix(unix);
+}
+
+int centuryStartYear() {
+    static const int year = [] {
+        std::time_t now = std::time(nullptr);
+        std::tm utc{};
+        gmtime_r(&now, &utc);
+        return utc.tm_year + 1900 - 80;
+    }();
+    return year;
+}
+
+int fullYear(int twoDigits) {
+    int start = centuryStartYear();
+    int year = start / 100 * 100 + twoDigits;
+    return year < start ? year + 100 : year;
 }
 
 CivilTime civil(Instant t) {

@@ -47,6 +47,11 @@ struct CivilTime {
 std::optional<Instant> makeDate(int year, int month, int day, int hour = 0, int minute = 0,
                                 int second = 0);
 CivilTime civil(Instant t);
+// The first year of the hundred in which a two-digit year is placed: as ICU
+// does for "yy", the hundred years starting 80 years before today.
+int centuryStartYear();
+// A two-digit year placed in that hundred ("23" is 2023).
+int fullYear(int twoDigits);
 Instant startOfDay(Instant t);
 // "yyyy-MM"
 std::string monthKey(Instant t);
