@@ -66,13 +66,14 @@ std::string withoutTitlePrefix(const std::string& name) {
 ChatOutcome whatsappSource(std::string_view text, const FileRecord& file, const std::string& name,
                            DateOrder order, const std::string& mediaDir, ScanContext& ctx,
                            MappedFile* mapped) {
-    ChatDateOrder dates = chatDateOrder(text, order);
-    order = dates.order;
     std::vector<std::string> notes;
-    if (dates.note) notes.push_back(*dates.note);
     Importer::ImportResult chat;
     try {
-        chat = Importer::whatsapp(text, file.sha256, order, mapped);
+        auto reading = readInChatOrder(text, order, [&](DateOrder o) {
+            return Importer::whatsapp(text, file.sha256, o, mapped);
+        });
+        chat = std::move(reading.result);
+        if (reading.note) notes.push_back(std::move(*reading.note));
     } catch (const EvidenceError& e) {
         return SkippedFile{file.path, std::string("Looks like a WhatsApp chat, but: ") + e.what()};
     }

@@ -133,6 +133,19 @@ TEST(WhatsAppSource, AutomaticOrderUsesWhatTheDatesTell) {
     EXPECT_EQ(items[0].date, *Calendar::makeDate(2025, 1, 14, 9, 0));
     EXPECT_EQ(items[1].date, *Calendar::makeDate(2025, 5, 1, 9, 0));
     EXPECT_EQ(items[1].position, 1);
+
+    // Dates that could be either, but that only run forward as month/day.
+    TempFolder forward;
+    forward.write("c/_chat.txt",
+                  "[3/4/25, 9:00:00 PM] Sam: a\n[3/9/25, 9:00:00 PM] Sam: b\n"
+                  "[4/2/25, 9:00:00 PM] Sam: c\n");
+    auto chronological = scanFolder(forward.path());
+    ASSERT_EQ(chronological.sources.size(), 1u);
+    EXPECT_EQ(chronological.sources[0].notes,
+              std::vector<std::string>{
+                  "The dates could be day/month or month/day; month first was chosen, because "
+                  "the dates only make sense as month/day. Change Date order if they look wrong."});
+    EXPECT_EQ(chronological.sources[0].items[0].date, *Calendar::makeDate(2025, 3, 4, 21, 0));
 }
 
 TEST(WhatsAppSource, BrokenChatIsSkippedWithTheParserReason) {
