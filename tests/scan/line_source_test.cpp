@@ -32,6 +32,19 @@ TEST(LineSource, ExportBecomesALineSourceNamedByItsTitle) {
     EXPECT_TRUE(s.notes.empty());
 }
 
+TEST(LineSource, JapanesePhoneExportIsNamedByItsTitleAndItsNoteIsNoMessage) {
+    TempFolder dir;
+    dir.write("[LINE] Sam Leeとのトーク.txt",
+              "[LINE] Sam Leeとのトーク履歴\n保存日時：2023/05/02 午後3:41\n\n2023/03/04(土)\n"
+              "午前9:07\tSam Lee\tおはよう\n午後04:52\tAlex Morgan\tまたね\n"
+              "午後5:00\tSam Leeがメッセージの送信を取り消しました\n");
+    ScanResult result = scan(dir.path(), DateOrder::automatic, "UTC");
+    ASSERT_EQ(result.sources.size(), 1u);
+    EXPECT_EQ(result.sources[0].name, "Sam Lee");
+    // The badge says LINE; the note is not counted as a message.
+    EXPECT_EQ(result.sources[0].detail, "LINE \u00B7 2 messages \u00B7 Mar 2023");
+}
+
 TEST(LineSource, FileStartingWithADayHeaderIsNamedByItsSenders) {
     TempFolder dir;
     dir.write("chat.txt", "2025/06/14(Sat)\n09:15\tSam Lee\tHi\n09:16\tAlex Morgan\tHello\n");
