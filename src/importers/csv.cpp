@@ -1,6 +1,7 @@
 #include "importers/csv.h"
 
 #include <algorithm>
+#include <span>
 
 #include "importers/dates.h"
 #include "model/evidence.h"
@@ -82,7 +83,7 @@ CsvRow normalised(const CsvRow& row) {
     CsvRow out;
     out.reserve(row.size());
     for (const auto& cell : row)
-        out.push_back(asciiLower(trimSpacesAndTabs(cell)));
+        out.push_back(caseFolded(trimSpacesAndTabs(cell)));
     return out;
 }
 
@@ -92,8 +93,38 @@ std::optional<size_t> column(const CsvRow& header, std::string_view name) {
     return static_cast<size_t>(it - header.begin());
 }
 
+enum class Role { date, sender, text };
+
+// The names chat exporters and spreadsheet programs give the three columns,
+// case-folded, in English, Korean, Japanese, German, French and Spanish.
+// Where a header has two names of one column, the one earlier here wins, so
+// the names that may stand for only the time of day ("time", "hora") come
+// last among the dates.
+constexpr std::string_view kDateNames[] = {
+    "date",       "datetime", "date/time", "timestamp", "fecha", "marca de tiempo",
+    "날짜",       "일시",     "日時",      "日付",      "datum", "zeitstempel",
+    "horodatage", "time",     "시간",      "zeit",      "hora"};
+constexpr std::string_view kSenderNames[] = {
+    "sender",     "sender name", "from",      "user",     "author", "name",     "보낸 사람",
+    "사용자",     "이름",        "送信者",    "ユーザー", "名前",   "absender", "von",
+    "expéditeur", "auteur",      "remitente", "autor",    "de"};
+constexpr std::string_view kTextNames[] = {
+    "text", "message",   "body",   "content", "메시지",  "내용",    "メッセージ", "本文",
+    "内容", "nachricht", "inhalt", "texte",   "contenu", "mensaje", "texto",      "contenido"};
+constexpr std::span<const std::string_view> kColumnNames[] = {kDateNames, kSenderNames,
+                                                              kTextNames};  // by Role
+
 bool isQuillory(const CsvRow& header) {
     return column(header, "date_local") && column(header, "direction");
+}
+
+// The column of a role: Quillory's "date_local" for its dates, otherwise the
+// first of the role's names that the header holds.
+std::optional<size_t> column(const CsvRow& header, Role role) {
+    if (role == Role::date && isQuillory(header)) return column(header, "date_local");
+    for (std::string_view name : kColumnNames[static_cast<size_t>(role)])
+        if (auto found = column(header, name)) return found;
+    return std::nullopt;
 }
 
 }  // namespace
@@ -115,8 +146,7 @@ std::optional<CsvRow> csvHeader(std::string_view text) {
 }
 
 bool hasChatColumns(const CsvRow& header) {
-    return (isQuillory(header) || column(header, "date")) && column(header, "sender") &&
-           column(header, "text");
+    return column(header, Role::date) && column(header, Role::sender) && column(header, Role::text);
 }
 
 namespace {
@@ -139,7 +169,7 @@ bool datesReadEitherWay(std::string_view text) {
     if (rows.size() < 2) return false;
     CsvRow header = normalised(rows.front());
     bool quillory = isQuillory(header);
-    auto dateCol = column(header, quillory ? "date_local" : "date");
+    auto dateCol = column(header, Role::date);
     if (!dateCol) return false;
     for (size_t r = 1; r < rows.size(); ++r) {
         if (rows[r].size() <= *dateCol) return false;
@@ -156,8 +186,8 @@ ImportResult csv(std::string_view text, const std::string& fileID, DateOrder ord
     const SharedText sharedID(fileID);
     CsvRow header = normalised(rows.front());
     bool quillory = isQuillory(header);
-    auto dateCol = column(header, quillory ? "date_local" : "date");
-    auto senderCol = column(header, "sender"), textCol = column(header, "text");
+    auto dateCol = column(header, Role::date);
+    auto senderCol = column(header, Role::sender), textCol = column(header, Role::text);
     auto attachmentsCol = column(header, "attachments"), directionCol = column(header, "direction");
     if (!dateCol || !senderCol || !textCol)
         throw EvidenceError::invalid("CSV needs date, sender and text columns.");

@@ -15,10 +15,12 @@ using CsvRow = std::vector<std::string>;
 
 // RFC 4180 rows; blank rows dropped. Throws EvidenceError.
 std::vector<CsvRow> csvRows(std::string_view text);
-// The first row trimmed of spaces and tabs and lower-cased; none when the
+// The first row trimmed of spaces and tabs and case-folded; none when the
 // text has no readable first row.
 std::optional<CsvRow> csvHeader(std::string_view text);
-// Whether a normalised header has a date, a sender and a text column.
+// Whether a normalised header has a date, a sender and a text column, under
+// any of the names chat exporters give them, in English, Korean, Japanese,
+// German, French or Spanish ("Timestamp", "Sender Name", "Body", "날짜").
 bool hasChatColumns(const CsvRow& header);
 
 // Whether every date cell of a chat spreadsheet reads as the same time in

@@ -3,6 +3,7 @@
 #include <unicode/uchar.h>
 #include <unicode/utf8.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 
@@ -109,6 +110,23 @@ std::optional<std::string> decodeUtf16(std::string_view bytes) {
     return utf16(bytes, true, true);
 }
 
+std::string decodeWindows1252(std::string_view bytes) {
+    // 0x80 to 0x9F, where ISO 8859-1 has control codes, hold Windows' typographic
+    // characters; 0 marks the five bytes left undefined.
+    static constexpr char16_t kHigh[32] = {
+        0x20AC, 0,      0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
+        0x2039, 0x0152, 0,      0x017D, 0,      0,      0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
+        0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0,      0x017E, 0x0178};
+    icu::UnicodeString text;
+    for (char byte : bytes) {
+        auto b = static_cast<uint8_t>(byte);
+        char16_t c = b;
+        if (b >= 0x80 && b < 0xA0) c = kHigh[b - 0x80] ? kHigh[b - 0x80] : u'\uFFFD';
+        text.append(c);
+    }
+    return toUtf8(text);
+}
+
 std::string replaceAll(std::string_view text, std::string_view from, std::string_view to) {
     if (from.empty()) return std::string(text);
     std::string out;
@@ -158,6 +176,14 @@ std::string asciiLower(std::string_view text) {
     for (char& c : out)
         if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
     return out;
+}
+
+std::string caseFolded(std::string_view text) {
+    bool ascii = std::all_of(text.begin(), text.end(),
+                             [](char c) { return static_cast<uint8_t>(c) < 0x80; });
+    if (ascii) return asciiLower(text);
+    icu::UnicodeString u = toUnicode(text);
+    return toUtf8(u.foldCase(U_FOLD_CASE_DEFAULT));
 }
 
 // Only the ends are decoded, so trimming a long text costs one copy.

@@ -23,6 +23,10 @@ std::string repairUtf8(std::string_view bytes);
 // UTF-16 with a byte-order mark, or without one when the bytes read as
 // plausible text in one byte order; none otherwise.
 std::optional<std::string> decodeUtf16(std::string_view bytes);
+// Windows-1252, the code page older Western office programs save text in:
+// every byte is one character; the five bytes it leaves undefined become
+// U+FFFD.
+std::string decodeWindows1252(std::string_view bytes);
 
 // Drops every occurrence of `what`.
 std::string removeAll(std::string_view text, std::string_view what);
@@ -30,6 +34,9 @@ std::string replaceAll(std::string_view text, std::string_view from, std::string
 bool startsWith(std::string_view text, std::string_view prefix);
 bool endsWith(std::string_view text, std::string_view suffix);
 std::string asciiLower(std::string_view text);
+// Unicode full case folding, for comparing words of any script regardless of
+// case ("Expéditeur" and "EXPÉDITEUR" both give "expéditeur").
+std::string caseFolded(std::string_view text);
 // Trims spaces, tabs and line breaks (any Unicode white space) at both ends.
 std::string trimWhitespace(std::string_view text);
 // Trims only spaces and tabs.

@@ -23,6 +23,18 @@ bool chatSpreadsheet(std::string_view text) {
     return header && Importer::hasChatColumns(*header);
 }
 
+// A spreadsheet in neither UTF-8 nor UTF-16 is read as Windows-1252. UTF-16
+// without a byte-order mark is told apart by its NUL bytes: the commas and
+// line breaks of a spreadsheet are ASCII, which UTF-16 writes with a zero
+// byte, and no text in Windows-1252 holds one.
+std::optional<std::string_view> spreadsheetText(std::string_view bytes, std::string& decoded) {
+    bool utf16 = bytes.find('\0') != std::string_view::npos || startsWith(bytes, "\xFF\xFE") ||
+                 startsWith(bytes, "\xFE\xFF");
+    if (utf16 || isValidUtf8(bytes)) return textOf(bytes, decoded);
+    decoded = decodeWindows1252(bytes);
+    return std::string_view(decoded);
+}
+
 std::string extensionOf(const std::string& path) {
     std::string ext = fs::path(path).extension().string();
     return asciiLower(ext.empty() ? ext : ext.substr(1));
@@ -47,8 +59,12 @@ const std::vector<Route>& routes() {
         {{"txt"}, text, Importer::looksLikeWhatsApp, readWhatsAppText},
         {{"txt"}, text, Importer::looksLikeLine, readLineText},
         {{"txt"}, text, nullptr, nullptr, "Text file that is not a chat export."},
-        {{"csv"}, text, chatSpreadsheet, readChatCsv},
-        {{"csv"}, text, nullptr, nullptr, "Spreadsheet without date, sender and text columns."},
+        {{"csv"}, spreadsheet, chatSpreadsheet, readChatCsv},
+        {{"csv"},
+         spreadsheet,
+         nullptr,
+         nullptr,
+         "Spreadsheet without date, sender and text columns."},
         {{"json"}, bytes, Importer::isTelegram, readTelegram},
         {{"json"}, bytes, Importer::isMeta, readMeta},
         {{"json"},
@@ -97,8 +113,10 @@ void route(ScanContext& ctx, const std::string& path) {
     if (!record) return;
     std::string decoded;
     std::string_view content = record->data.bytes();
-    if (rows.front()->content == Content::text) {
-        auto text = textOf(content, decoded);
+    if (rows.front()->content != Content::bytes) {
+        auto text = rows.front()->content == Content::spreadsheet
+                        ? spreadsheetText(content, decoded)
+                        : textOf(content, decoded);
         if (!text) return ctx.skip(record->path, "Text file in an unknown encoding.");
         content = *text;
     }

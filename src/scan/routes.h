@@ -9,8 +9,10 @@
 namespace kinfolio::Scanner {
 
 // What a reader is handed: the file's bytes, or its text (UTF-8, else
-// UTF-16 decoded; a file in any other encoding is skipped before).
-enum class Content { bytes, text };
+// UTF-16 decoded; a file in any other encoding is skipped before). A
+// spreadsheet's text may also be Windows-1252, as older office programs
+// save it.
+enum class Content { bytes, text, spreadsheet };
 
 // Chats are read first; loose media after every chat, so that an export
 // claims its attachments before they could be taken for loose photos.

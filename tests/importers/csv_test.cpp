@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "model/calendar.h"
+#include "model/text.h"
 #include "support/evidence_error.h"
 
 namespace kinfolio::Importer {
@@ -155,6 +156,40 @@ TEST(Csv, RefusalsOfTheWholeFile) {
     EXPECT_EQ(csvError("date,sender,text\n"), "CSV has no messages.");
     EXPECT_EQ(csvError("date,sender,text\n2025-06-14,Sam,\"oops\n"),
               "CSV has an unclosed quoted field.");
+}
+
+struct Spreadsheet {
+    const char* name;
+    std::string text;
+    std::string sender, message;
+};
+
+// Each header names its columns as one exporter or language does.
+const Spreadsheet kSpreadsheets[] = {
+    {"KakaoTalkForMac", "Date,User,Message\n2023-03-04 18:12:00,Sam Lee,Hi\n", "Sam Lee", "Hi"},
+    {"OtherExporters", "Timestamp,Sender Name,Body\n2023-03-04 18:12:00,Sam,Hi\n", "Sam", "Hi"},
+    {"Korean", "날짜,보낸 사람,메시지\n2023-03-04 18:12:00,이수진,안녕\n", "이수진", "안녕"},
+    {"Japanese", "日時,送信者,本文\n2023-03-04 18:12:00,Sam,やあ\n", "Sam", "やあ"},
+    {"German", "Datum,Absender,Nachricht\n2023-03-04 18:12:00,Sam,Hallo\n", "Sam", "Hallo"},
+    {"FrenchInCapitals", "HORODATAGE,EXPÉDITEUR,TEXTE\n2023-03-04 18:12:00,Sam,Salut\n", "Sam",
+     "Salut"},
+    {"Spanish", "Fecha,Remitente,Mensaje\n2023-03-04 18:12:00,Sam,Hola\n", "Sam", "Hola"},
+    {"DateBeforeTime", "Time,Date,From,Text\n18:12,2023-03-04 18:12:00,Sam,Hi\n", "Sam", "Hi"},
+    {"Windows1252",
+     decodeWindows1252(
+         "Datum,Absender,Nachricht\n2023-03-04 18:12:00,M\xFCller,5 \x80 \x93ok\x94\n"),
+     "Müller", "5 € “ok”"},
+};
+
+TEST(Csv, ColumnNamesOfOtherExportersAndLanguages) {
+    for (const auto& s : kSpreadsheets) {
+        EXPECT_TRUE(hasChatColumns(*csvHeader(s.text))) << s.name;
+        auto items = csv(s.text, "f", DateOrder::dayFirst).items;
+        ASSERT_EQ(items.size(), 1u) << s.name;
+        EXPECT_EQ(written(items[0].date), "2023-03-04 18:12:00") << s.name;
+        EXPECT_EQ(items[0].sender, s.sender) << s.name;
+        EXPECT_EQ(items[0].text, s.message) << s.name;
+    }
 }
 
 TEST(Csv, ByteOrderMarkBeforeTheHeader) {
