@@ -72,6 +72,18 @@ const std::vector<ExportGuide>& exportGuides() {
           "Choose Export chat history and save or send the text file."},
          "Put the text file into your materials folder. LINE exports text only; add photos "
          "from the chat as separate files."},
+        {"kakaotalk",
+         "KakaoTalk",
+         {"On your phone, open KakaoTalk and go into the chat with your partner.",
+          "Tap the menu (\u2261) at the top right, then the settings gear at the bottom.",
+          "Tap Export Chat (Save messages on some phones), then choose Save text only, or "
+          "Save all messages to include photos.",
+          "Save the file to your phone or e-mail it to yourself.",
+          "On a Windows or Mac computer, open the chat in the KakaoTalk app instead, open its "
+          "menu and choose Save Chat."},
+         "Put the text file (from a Mac, the .csv file) into your materials folder as it is. "
+         "If KakaoTalk gave you a ZIP file, unzip it into the folder; its photos are then read "
+         "as photos of their own."},
         {"imessage",
          "iMessage (with Quillory)",
          {"On a Mac signed in to your Apple Account, open the Quillory Messages exporter.",

@@ -452,4 +452,8 @@ std::vector<TextDate> findDates(std::string_view text, DateOrder order) {
     return found;
 }
 
+int monthNumber(std::string_view word) {
+    return nameValue(word, kMonths);
+}
+
 }  // namespace kinfolio::Importer

@@ -39,4 +39,8 @@ struct TextDate {
 // date stay on one line, at most three blanks apart.
 std::vector<TextDate> findDates(std::string_view text, DateOrder order);
 
+// The number of an English month name or its abbreviation, in any case
+// ("March", "mar", "Sept"); 0 for any other word.
+int monthNumber(std::string_view word);
+
 }  // namespace kinfolio::Importer

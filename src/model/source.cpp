@@ -16,6 +16,9 @@ constexpr std::array<SourceKindInfo, kSourceKindCount> kKinds = {{
     {"messenger", true, "Chats", "Messenger", "bolt.fill", Colour{0.0, 0.52, 1.0}},
     {"instagram", true, "Chats", "Instagram", "camera.fill", Colour{0.88, 0.19, 0.42}},
     {"line", true, "Chats", "LINE", "bubble.left.fill", Colour{0.02, 0.78, 0.33}},
+    // Kakao's yellow darkened to a mustard brown that still reads on white.
+    {"kakaoTalk", true, "Chats", "KakaoTalk", "bubble.left.and.bubble.right.fill",
+     Colour{0.55, 0.4, 0.0}},
     {"quillory", true, "Chats", "iMessage", "message.fill", Colour{0.2, 0.78, 0.35}},
     {"chatCSV", true, "Chats", "Chats", "tablecells", Colour{0.45, 0.45, 0.5}},
     {"photos", false, "Photos", "Photos", std::nullopt, std::nullopt, "photo"},

@@ -17,6 +17,7 @@ enum class SourceKind {
     messenger,
     instagram,
     line,
+    kakaoTalk,
     quillory,
     chatCSV,
     photos,

@@ -215,6 +215,19 @@ std::string trimSpacesAndTabs(std::string_view text) {
     return std::string(text.substr(start, end - start + 1));
 }
 
+std::vector<std::string_view> textLines(std::string_view text) {
+    std::vector<std::string_view> lines;
+    size_t start = 0;
+    while (start < text.size()) {
+        size_t end = text.find_first_of("\r\n", start);
+        if (end == std::string_view::npos) end = text.size();
+        lines.push_back(text.substr(start, end - start));
+        bool crlf = end + 1 < text.size() && text[end] == '\r' && text[end + 1] == '\n';
+        start = end + (crlf ? 2 : 1);
+    }
+    return lines;
+}
+
 std::string prefixCodePoints(std::string_view text, size_t n) {
     size_t end = 0;
     for (size_t count = 0; count < n && end < text.size(); ++count) {

@@ -45,6 +45,9 @@ std::string trimSpacesAndTabs(std::string_view text);
 // parts, as for optional names.
 std::string join(const std::vector<std::string>& parts, std::string_view separator);
 std::string joinNonEmpty(const std::vector<std::string>& parts, std::string_view separator);
+// The lines of a text, split at LF, CR LF or a lone CR; views into the text.
+// A final line break ends the last line rather than starting an empty one.
+std::vector<std::string_view> textLines(std::string_view text);
 // The first n user-visible code points (not bytes) of the text.
 std::string prefixCodePoints(std::string_view text, size_t n);
 

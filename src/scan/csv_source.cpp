@@ -7,18 +7,22 @@
 
 namespace kinfolio::Scanner {
 
-void readChatCsv(ScanContext& ctx, Record& csv, std::string_view text) {
+Source spreadsheetChat(const ScanContext& ctx, const Record& csv, std::string_view text,
+                       SourceKind kind, std::string name) {
     ChatDateOrder dates = chatDateOrder(text, ctx.order);
     // The note is for dates that could be misread; ISO dates cannot.
     if (dates.note && Importer::datesReadEitherWay(text)) dates.note.reset();
+    auto read = Importer::csv(text, csv.file.sha256, dates.order);
+    std::vector<std::string> notes;
+    if (dates.note) notes.push_back(*dates.note);
+    notes.insert(notes.end(), read.notes.begin(), read.notes.end());
+    return chatSource(kind, csv.file, {}, std::move(read.items), std::move(name), std::move(notes));
+}
+
+void readChatCsv(ScanContext& ctx, Record& csv, std::string_view text) {
     try {
-        auto read = Importer::csv(text, csv.file.sha256, dates.order);
-        std::vector<std::string> notes;
-        if (dates.note) notes.push_back(*dates.note);
-        notes.insert(notes.end(), read.notes.begin(), read.notes.end());
         std::string name = std::filesystem::path(csv.path).stem().string();
-        ctx.sources.push_back(chatSource(SourceKind::chatCSV, csv.file, {}, std::move(read.items),
-                                         std::move(name), std::move(notes)));
+        ctx.sources.push_back(spreadsheetChat(ctx, csv, text, SourceKind::chatCSV, name));
     } catch (const EvidenceError& e) {
         // The message names the row and the problem; the file is already
         // known to be a chat spreadsheet by its columns.

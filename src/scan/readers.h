@@ -14,12 +14,20 @@ namespace kinfolio::Scanner {
 void readZip(ScanContext& ctx, Record& zip, std::string_view bytes);
 void readWhatsAppText(ScanContext& ctx, Record& chat, std::string_view text);
 void readLineText(ScanContext& ctx, Record& chat, std::string_view text);
+void readKakaoTalkText(ScanContext& ctx, Record& chat, std::string_view text);
 void readEmailText(ScanContext& ctx, Record& mail, std::string_view text);
 // An .eml or .mbox file, in whatever encoding its messages were written.
 void readEmailFile(ScanContext& ctx, Record& mail, std::string_view bytes);
 void readTelegram(ScanContext& ctx, Record& json, std::string_view bytes);
 void readMeta(ScanContext& ctx, Record& json, std::string_view bytes);
 void readChatCsv(ScanContext& ctx, Record& csv, std::string_view text);
+// KakaoTalk for Mac saves a chat as a spreadsheet: the columns Date, User and
+// Message.
+void readKakaoTalkCsv(ScanContext& ctx, Record& csv, std::string_view text);
+// The source of a chat spreadsheet, with the note on its date order where its
+// dates could be misread. Throws the importer's EvidenceError.
+Source spreadsheetChat(const ScanContext& ctx, const Record& csv, std::string_view text,
+                       SourceKind kind, std::string name);
 // HTML is never imported; the reason tells the user what to do instead.
 void readWebPage(ScanContext& ctx, Record& html, std::string_view bytes);
 void readImage(ScanContext& ctx, Record& image, std::string_view bytes);

@@ -5,6 +5,7 @@
 
 #include "importers/csv.h"
 #include "importers/email.h"
+#include "importers/kakaotalk.h"
 #include "importers/line.h"
 #include "importers/meta.h"
 #include "importers/telegram.h"
@@ -58,7 +59,9 @@ const std::vector<Route>& routes() {
         {{"txt"}, text, Importer::looksLikeEmail, readEmailText},
         {{"txt"}, text, Importer::looksLikeWhatsApp, readWhatsAppText},
         {{"txt"}, text, Importer::looksLikeLine, readLineText},
+        {{"txt"}, text, Importer::looksLikeKakaoTalk, readKakaoTalkText},
         {{"txt"}, text, nullptr, nullptr, "Text file that is not a chat export."},
+        {{"csv"}, spreadsheet, Importer::looksLikeKakaoTalkCsv, readKakaoTalkCsv},
         {{"csv"}, spreadsheet, chatSpreadsheet, readChatCsv},
         {{"csv"},
          spreadsheet,

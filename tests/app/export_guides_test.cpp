@@ -7,7 +7,7 @@ namespace {
 
 TEST(ExportGuides, EveryAppHasStepsAndAFolderTip) {
     const auto& guides = exportGuides();
-    EXPECT_EQ(guides.size(), 9u);
+    EXPECT_EQ(guides.size(), 10u);
     for (const auto& g : guides) {
         EXPECT_FALSE(g.steps.empty()) << g.id;
         EXPECT_FALSE(g.inFolder.empty()) << g.id;
