@@ -7,11 +7,15 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <signal.h>
+
+#include <atomic>
 #include <cerrno>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <mutex>
 
 #include "model/evidence.h"
 
@@ -32,40 +36,125 @@ std::string sha256Hex(std::string_view bytes) {
 
 namespace fs = std::filesystem;
 
+namespace {
+
+// Another program (a sync client, an export still being written) may shrink
+// a file while it is mapped here, and touching a page past its new end raises
+// SIGBUS, which would end the whole process. Each mapping is registered in a
+// slot; the handler, finding the faulting address in one, maps zero pages
+// over the rest of that mapping and marks it, so reading goes on to its end
+// and the owner learns afterwards that the bytes are not to be trusted.
+// A fault anywhere else goes to the handler that was there before.
+struct GuardSlot {
+    std::atomic<bool> taken{false};
+    std::atomic<uintptr_t> start{0};
+    std::atomic<size_t> length{0};
+    std::atomic<bool> shrank{false};
+};
+constexpr int kGuardSlots = 512;
+GuardSlot guardSlots[kGuardSlots];
+struct sigaction previousBusHandler {};
+uintptr_t pageSize = 4096;
+
+void onBusError(int signal, siginfo_t* info, void* context) {
+    auto address = reinterpret_cast<uintptr_t>(info->si_addr);
+    for (GuardSlot& slot : guardSlots) {
+        uintptr_t start = slot.start.load(std::memory_order_acquire);
+        size_t length = slot.length.load(std::memory_order_acquire);
+        if (start == 0 || address < start || address >= start + length) continue;
+        uintptr_t page = address & ~(pageSize - 1);
+        void* zeros = ::mmap(reinterpret_cast<void*>(page), start + length - page, PROT_READ,
+                             MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0);
+        if (zeros == MAP_FAILED) break;
+        slot.shrank.store(true, std::memory_order_release);
+        return;  // the read is tried again and now finds zeros
+    }
+    if (previousBusHandler.sa_flags & SA_SIGINFO) {
+        if (previousBusHandler.sa_sigaction)
+            return previousBusHandler.sa_sigaction(signal, info, context);
+    } else if (previousBusHandler.sa_handler != SIG_DFL &&
+               previousBusHandler.sa_handler != SIG_IGN) {
+        return previousBusHandler.sa_handler(signal);
+    }
+    // The default action: the faulting read is tried again and ends the process.
+    ::signal(SIGBUS, SIG_DFL);
+}
+
+void installBusHandler() {
+    static std::once_flag once;
+    std::call_once(once, [] {
+        pageSize = static_cast<uintptr_t>(::sysconf(_SC_PAGESIZE));
+        struct sigaction action {};
+        action.sa_sigaction = onBusError;
+        action.sa_flags = SA_SIGINFO | SA_ONSTACK;
+        sigemptyset(&action.sa_mask);
+        ::sigaction(SIGBUS, &action, &previousBusHandler);
+    });
+}
+
+// A free slot now watching [start, start + length), or -1 when all are taken.
+int guardMapping(const void* start, size_t length) {
+    installBusHandler();
+    for (int i = 0; i < kGuardSlots; ++i) {
+        GuardSlot& slot = guardSlots[i];
+        if (slot.taken.exchange(true, std::memory_order_acquire)) continue;
+        slot.shrank.store(false, std::memory_order_relaxed);
+        slot.length.store(length, std::memory_order_relaxed);
+        slot.start.store(reinterpret_cast<uintptr_t>(start), std::memory_order_release);
+        return i;
+    }
+    return -1;
+}
+
+void unguard(int i) {
+    guardSlots[i].start.store(0, std::memory_order_release);
+    guardSlots[i].taken.store(false, std::memory_order_release);
+}
+
+int64_t modificationTime(const struct stat& st) {
+    return static_cast<int64_t>(st.st_mtim.tv_sec) * 1'000'000'000 + st.st_mtim.tv_nsec;
+}
+
+}  // namespace
+
 std::optional<MappedFile> MappedFile::open(const std::string& path) {
-    int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
+    // O_NONBLOCK: a pipe put where a file was must not make the scan wait
+    // for a writer; it is refused below as no regular file.
+    int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
     if (fd < 0) return std::nullopt;
     MappedFile file;
+    file.fd_ = fd;
     struct stat st {};
-    if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
-        ::close(fd);
-        return std::nullopt;
-    }
+    if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) return std::nullopt;
+    file.openedSize_ = static_cast<int64_t>(st.st_size);
+    file.openedTime_ = modificationTime(st);
     if (st.st_size > 0) {
         void* p = ::mmap(nullptr, static_cast<size_t>(st.st_size), PROT_READ, MAP_PRIVATE, fd, 0);
         if (p != MAP_FAILED) {
-            // Files are read front to back once: hashing, then parsing.
-            ::madvise(p, static_cast<size_t>(st.st_size), MADV_SEQUENTIAL);
-            file.data_ = static_cast<const char*>(p);
-            file.size_ = static_cast<size_t>(st.st_size);
-            file.mapped_ = true;
-            ::close(fd);
-            return file;
+            file.guard_ = guardMapping(p, static_cast<size_t>(st.st_size));
+            if (file.guard_ >= 0) {
+                // Files are read front to back once: hashing, then parsing.
+                ::madvise(p, static_cast<size_t>(st.st_size), MADV_SEQUENTIAL);
+                file.data_ = static_cast<const char*>(p);
+                file.size_ = static_cast<size_t>(st.st_size);
+                file.mapped_ = true;
+                return file;
+            }
+            ::munmap(p, static_cast<size_t>(st.st_size));
         }
     }
-    // Not mappable (empty, or a file system that refuses): read it whole.
+    // Not mappable (empty, a file system that refuses, every guard in use):
+    // read it whole.
     char buf[65536];
     while (true) {
         ssize_t n = ::read(fd, buf, sizeof buf);
         if (n < 0) {
             if (errno == EINTR) continue;
-            ::close(fd);
             return std::nullopt;
         }
         if (n == 0) break;
         file.owned_.append(buf, static_cast<size_t>(n));
     }
-    ::close(fd);
     file.data_ = file.owned_.data();
     file.size_ = file.owned_.size();
     return file;
@@ -77,15 +166,37 @@ MappedFile::MappedFile(MappedFile&& other) noexcept {
 
 MappedFile& MappedFile::operator=(MappedFile&& other) noexcept {
     if (this == &other) return *this;
-    if (mapped_) ::munmap(const_cast<char*>(data_), size_);
+    release();
     mapped_ = other.mapped_;
     owned_ = std::move(other.owned_);
     size_ = other.size_;
     data_ = mapped_ ? other.data_ : owned_.data();
+    guard_ = other.guard_;
+    fd_ = other.fd_;
+    openedSize_ = other.openedSize_;
+    openedTime_ = other.openedTime_;
     other.data_ = nullptr;
     other.size_ = 0;
     other.mapped_ = false;
+    other.guard_ = -1;
+    other.fd_ = -1;
     return *this;
+}
+
+void MappedFile::release() {
+    if (guard_ >= 0) unguard(guard_);
+    if (mapped_) ::munmap(const_cast<char*>(data_), size_);
+    if (fd_ >= 0) ::close(fd_);
+    guard_ = -1;
+    fd_ = -1;
+    mapped_ = false;
+}
+
+bool MappedFile::changed() const {
+    if (guard_ >= 0 && guardSlots[guard_].shrank.load(std::memory_order_acquire)) return true;
+    struct stat st {};
+    if (fd_ < 0 || ::fstat(fd_, &st) != 0) return false;
+    return static_cast<int64_t>(st.st_size) != openedSize_ || modificationTime(st) != openedTime_;
 }
 
 void MappedFile::releaseBefore(const char* end) {
@@ -104,7 +215,7 @@ size_t MappedFile::readableSlack() const {
 }
 
 MappedFile::~MappedFile() {
-    if (mapped_) ::munmap(const_cast<char*>(data_), size_);
+    release();
 }
 
 namespace {

@@ -32,12 +32,21 @@ public:
     // are not in memory together. Does nothing for a file read into memory
     // or a pointer elsewhere.
     void releaseBefore(const char* end);
+    // Whether the file changed while it was read: it shrank under the
+    // mapping (the missing pages then read as zeros instead of stopping the
+    // process with SIGBUS), or its size or modification time differ from
+    // when it was opened. What was read from it is then not to be trusted.
+    bool changed() const;
 
 private:
     MappedFile() = default;
+    void release();
     const char* data_ = nullptr;
     size_t size_ = 0;
     bool mapped_ = false;
+    int guard_ = -1;  // the slot that watches the mapping for a shrinking file
+    int fd_ = -1;     // kept open to compare the file's state afterwards
+    int64_t openedSize_ = 0, openedTime_ = 0;
     std::string owned_;
 };
 

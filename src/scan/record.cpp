@@ -25,6 +25,10 @@ std::optional<Record> ScanContext::record(const std::string& path) {
     }
     std::string shown = displayPath(path);
     std::string hash = sha256Hex(data->bytes());
+    if (data->changed()) {
+        skip(path, kChangedWhileRead);
+        return std::nullopt;
+    }
     auto [it, isNew] = firstPathOfHash.emplace(hash, shown);
     if (!isNew) {
         skip(path, "Same file as " + it->second + ".");

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <map>
 
 #include "importers/csv.h"
 #include "importers/email.h"
@@ -45,6 +46,27 @@ const Route* accepting(const std::vector<const Route*>& rows, std::string_view c
     for (const Route* r : rows)
         if (!r->accepts || r->accepts(content)) return r;
     return nullptr;
+}
+
+// Reads the file; when another program changed it meanwhile, whatever was
+// read from it is taken back and the file is skipped instead.
+void readUnlessChanged(ScanContext& ctx, const Route& r, Record& record, std::string_view content) {
+    size_t sources = ctx.sources.size(), skipped = ctx.skipped.size();
+    std::map<SourceKind, std::pair<size_t, size_t>> grouped;
+    for (const auto& [kind, group] : ctx.media)
+        grouped[kind] = {group.items.size(), group.files.size()};
+    r.read(ctx, record, content);
+    if (!record.data.changed()) return;
+    ctx.sources.erase(ctx.sources.begin() + static_cast<std::ptrdiff_t>(sources),
+                      ctx.sources.end());
+    ctx.skipped.erase(ctx.skipped.begin() + static_cast<std::ptrdiff_t>(skipped),
+                      ctx.skipped.end());
+    for (auto& [kind, group] : ctx.media) {
+        auto [items, files] = grouped.count(kind) ? grouped[kind] : std::pair<size_t, size_t>{};
+        group.items.resize(std::min(items, group.items.size()));
+        group.files.resize(std::min(files, group.files.size()));
+    }
+    ctx.skip(record.path, kChangedWhileRead);
 }
 
 }  // namespace
@@ -126,7 +148,7 @@ void route(ScanContext& ctx, const std::string& path) {
     const Route* r = accepting(rows, content);
     if (!r) return ctx.skip(record->path, "Not a file type Kinfolio reads.");
     if (!r->read) return ctx.skip(record->path, std::string(r->refusal));
-    r->read(ctx, *record, content);
+    readUnlessChanged(ctx, *r, *record, content);
 }
 
 const std::vector<FolderRoute>& folderRoutes() {

@@ -13,6 +13,9 @@
 
 namespace kinfolio::Scanner {
 
+// Why a file that another program changed while the scan read it is skipped.
+inline constexpr const char* kChangedWhileRead = "The file changed while it was read. Scan again.";
+
 // A file that went through the record step: its record and its bytes, read
 // once and shared by hashing and the importer.
 struct Record {
