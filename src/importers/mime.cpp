@@ -231,11 +231,15 @@ std::string quotedPrintable(std::string_view text) {
 
 std::string plainText(const EmailHeaders& headers, std::string_view body) {
     // Nested multiparts are followed in a loop rather than by recursion, so a
-    // hostile nesting depth cannot exhaust the stack.
+    // hostile nesting depth cannot exhaust the stack, and only so deep: each
+    // level reads the body again, so a crafted e-mail of a million levels
+    // would cost its size times its depth. Mail programs nest a few levels.
+    constexpr int kMaxDepth = 64;
     std::deque<std::string> storage;
     std::optional<Part> current;
     const EmailHeaders* partHeaders = &headers;
-    while (startsWith(contentTypeOf(*partHeaders), "multipart")) {
+    for (int depth = 0; startsWith(contentTypeOf(*partHeaders), "multipart"); ++depth) {
+        if (depth == kMaxDepth) return "";
         auto boundary = boundaryOf(*partHeaders);
         if (!boundary) break;
         auto chosen = choosePart(body, *boundary, storage);

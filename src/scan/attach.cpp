@@ -3,8 +3,10 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 
+#include "model/files.h"
 #include "model/text.h"
 #include "scan/routes.h"
 
@@ -19,6 +21,31 @@ bool isRegularFile(const std::string& path) {
     return ::lstat(path.c_str(), &st) == 0 && S_ISREG(st.st_mode);
 }
 
+std::optional<std::string> realPath(const std::string& path) {
+    char* real = ::realpath(path.c_str(), nullptr);
+    if (!real) return std::nullopt;
+    std::string out(real);
+    std::free(real);
+    return out;
+}
+
+// Whether the file, every link on its way followed, still lies inside the
+// materials folder or the private cache where ZIPs are unpacked: a folder
+// inside the export that links elsewhere must not lead the scan out.
+bool staysInside(const ScanContext& ctx, const std::string& path) {
+    auto real = realPath(path);
+    if (!real) return false;
+    std::vector<std::string> roots = {ctx.folder};
+    try {
+        roots.push_back(privateCacheDirectory());
+    } catch (const EvidenceError&) {
+    }
+    for (const auto& root : roots)
+        if (auto realRoot = realPath(root); realRoot && startsWith(*real, *realRoot + "/"))
+            return true;
+    return false;
+}
+
 }  // namespace
 
 void attach(std::vector<Evidence>& items, const Resolver& resolve, ScanContext& ctx,
@@ -26,7 +53,7 @@ void attach(std::vector<Evidence>& items, const Resolver& resolve, ScanContext& 
     for (auto& item : items) {
         if (!item.details().attachmentName) continue;
         auto found = resolve(*item.details().attachmentName);
-        if (!found || !isRegularFile(*found)) continue;
+        if (!found || !isRegularFile(*found) || !staysInside(ctx, *found)) continue;
         std::string path = fs::path(*found).lexically_normal().string();
         ctx.consumed.insert(path);
         if (!isPicture(path)) continue;
@@ -48,7 +75,9 @@ std::optional<std::string> resolveUpward(const ScanContext& ctx, const std::stri
     while (true) {
         std::string candidate = (dir / rel).lexically_normal().string();
         // Never outside the materials folder, whatever "../" the name holds.
-        if (startsWith(candidate, root + "/") && isRegularFile(candidate)) return candidate;
+        if (startsWith(candidate, root + "/") && isRegularFile(candidate) &&
+            staysInside(ctx, candidate))
+            return candidate;
         if (dir.string() == root || dir.string().size() <= root.size() || !dir.has_parent_path())
             return std::nullopt;
         dir = dir.parent_path();

@@ -15,8 +15,10 @@ namespace kinfolio::Scanner {
 namespace {
 
 // Depth-first, each folder's entries in byte order, so the listing (and so
-// which files fall under the cap) is the same on every run.
-void walk(const std::string& dir, std::vector<std::string>& out) {
+// which files fall under the cap) is the same on every run. Links and
+// entries that are no regular file (pipes, devices, sockets) are never
+// opened: they go to `others` with their reason.
+void walk(const std::string& dir, std::vector<std::string>& out, std::vector<SkippedFile>& others) {
     DIR* d = ::opendir(dir.c_str());
     if (!d) return;
     std::vector<std::pair<std::string, unsigned char>> entries;
@@ -33,24 +35,35 @@ void walk(const std::string& dir, std::vector<std::string>& out) {
             // Some file systems do not say; ask without following a link.
             struct stat st {};
             if (::lstat(path.c_str(), &st) != 0) continue;
-            type = S_ISDIR(st.st_mode) ? DT_DIR : S_ISREG(st.st_mode) ? DT_REG : DT_LNK;
+            type = S_ISDIR(st.st_mode)   ? DT_DIR
+                   : S_ISREG(st.st_mode) ? DT_REG
+                   : S_ISLNK(st.st_mode) ? DT_LNK
+                                         : DT_FIFO;
         }
-        // A symbolic link is neither a regular file nor a folder here.
         if (type == DT_DIR)
-            walk(path, out);
+            walk(path, out, others);
         else if (type == DT_REG)
             out.push_back(std::move(path));
+        else if (type == DT_LNK)
+            others.push_back({std::move(path), kLinkReason});
+        else
+            others.push_back({std::move(path), kSpecialReason});
     }
 }
 
 }  // namespace
 
 std::vector<std::string> listFiles(const std::string& folder) {
+    std::vector<SkippedFile> others;
+    return listFiles(folder, others);
+}
+
+std::vector<std::string> listFiles(const std::string& folder, std::vector<SkippedFile>& others) {
     std::string root = folder;
     while (root.size() > 1 && root.back() == '/')
         root.pop_back();
     std::vector<std::string> files;
-    walk(root, files);
+    walk(root, files, others);
 
     // The file manager's order: case-insensitive, digit runs by value.
     UErrorCode status = U_ZERO_ERROR;

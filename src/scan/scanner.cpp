@@ -110,7 +110,10 @@ ScanResult scan(const std::string& folder, DateOrder order, const std::string& z
     ctx.order = order;
     ctx.zone = zone;
     ctx.recognizeText = recognizeText;
-    ctx.files = listFiles(ctx.folder);
+    std::vector<SkippedFile> others;
+    ctx.files = listFiles(ctx.folder, others);
+    for (auto& other : others)
+        ctx.skip(other.path, std::move(other.reason));
     if (ctx.files.size() >= kMaxFiles)
         ctx.skipped.push_back(
             SkippedFile{"…", "Only the first " + std::to_string(kMaxFiles) + " files were read."});

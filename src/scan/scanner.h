@@ -22,6 +22,13 @@ using Progress = std::function<void(size_t done, size_t total)>;
 // skipped, symbolic links never followed, at most kMaxFiles, in the order of
 // the file manager (case-insensitive, digit runs compared by value).
 std::vector<std::string> listFiles(const std::string& folder);
+// The same, with the links and the entries that are no regular file (pipes,
+// devices) added to `others` (absolute paths) with the reason they are not read.
+std::vector<std::string> listFiles(const std::string& folder, std::vector<SkippedFile>& others);
+
+inline constexpr const char* kLinkReason =
+    "A link to a file elsewhere. Copy the file itself into the folder to use it.";
+inline constexpr const char* kSpecialReason = "Not an ordinary file, so it is not read.";
 
 // The whole scan. It never fails as a whole: each problem with a file becomes
 // a skipped entry with its reason.

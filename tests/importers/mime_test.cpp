@@ -87,6 +87,27 @@ TEST(PlainText, FollowsNestedMultipartsPastAttachments) {
     EXPECT_EQ(textOf(crlf), "Deep \u2713 text");
 }
 
+// Mail programs nest a few levels; a crafted message of thousands is read
+// to no text in time proportional to its size, not its size times its depth.
+TEST(PlainText, NestingIsFollowedSixtyFourLevelsDeep) {
+    auto nested = [](int levels) {
+        std::string head = "Content-Type: multipart/mixed; boundary=b1z\n\n", tail;
+        for (int i = 1; i <= levels; ++i) {
+            std::string b = "b" + std::to_string(i) + "z";
+            std::string inner = i < levels
+                                    ? "multipart/mixed; boundary=b" + std::to_string(i + 1) + "z"
+                                    : "text/plain";
+            head += "--" + b + "\nContent-Type: " + inner + "\n\n";
+        }
+        for (int i = levels; i >= 1; --i)
+            tail += "\n--b" + std::to_string(i) + "z--\n";
+        return head + "inside" + tail;
+    };
+    EXPECT_EQ(textOf(nested(64)), "inside");
+    EXPECT_EQ(textOf(nested(65)), "");
+    EXPECT_EQ(textOf(nested(20000)), "");
+}
+
 TEST(PlainText, MultipartWithoutReadablePartIsEmpty) {
     EXPECT_EQ(textOf("Content-Type: multipart/mixed; boundary=b\n\n"
                      "--b\nContent-Type: image/jpeg\n\nxx\n--b--\n"),

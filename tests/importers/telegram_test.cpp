@@ -213,6 +213,10 @@ TEST(Telegram, DamagedJsonGivesAPlainSentence) {
     EXPECT_EQ(
         errorOf(whole.substr(0, whole.size() / 2)),
         "The JSON text is damaged: it stops in the middle, so the file was probably cut short.");
+    // Data nested deeper than any export: refused, not a deep recursion.
+    std::string deep =
+        R"({"messages": )" + std::string(100000, '[') + std::string(100000, ']') + "}";
+    EXPECT_EQ(errorOf(deep), "The JSON text is damaged: its data is nested too deeply.");
     // Cut right after a closing bracket: the brackets no longer pair up.
     EXPECT_EQ(errorOf(whole.substr(0, whole.find("},") + 1)),
               "The JSON text is damaged: its brackets, commas or quote marks are out of place.");

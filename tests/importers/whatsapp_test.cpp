@@ -119,6 +119,17 @@ TEST(WhatsApp, RecognisesChatsByTheirFirstLines) {
     EXPECT_FALSE(looksLikeWhatsApp("Dear Sam,\nhow are you\n5/1/25, 9:04 PM - Sam: hi\nbye\n"));
 }
 
+// A line of tens of megabytes (a pasted file, a hostile export) is one
+// message like any other.
+TEST(WhatsApp, AVeryLongLineIsOneMessage) {
+    std::string text = "[05/01/2025, 09:00:00] Sam: " + std::string(30'000'000, 'x') +
+                       "\n[05/01/2025, 09:01:00] Alex: short\n" + std::string(30'000'000, 'y');
+    auto r = whatsapp(text, "f", DateOrder::dayFirst);
+    ASSERT_EQ(r.items.size(), 2u);
+    EXPECT_EQ(r.items[0].text.size(), 30'000'000u);
+    EXPECT_EQ(r.items[1].text, "short\n" + std::string(30'000'000, 'y'));
+}
+
 TEST(WhatsApp, ItemsOfOneChatShareTheirFileID) {
     auto r = whatsapp("[05/01/2025, 09:00:00] Alex: hi\n[05/01/2025, 09:01:00] Sam: hello\n",
                       std::string(64, 'a'), DateOrder::dayFirst);

@@ -2,12 +2,19 @@
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <cstdio>
 #include <filesystem>
 #include <map>
+#include <thread>
 
 #include "model/calendar.h"
+#include "scan/scan_context.h"
 #include "support/temp_folder.h"
 
 namespace kinfolio::Scanner {
@@ -45,6 +52,88 @@ TEST(ListFiles, SortsLikeTheFileManager) {
     EXPECT_EQ(relative(dir, listFiles(dir.path() + "/")),
               (std::vector<std::string>{"a.txt", "B.txt", "IMG_1.jpg", "img_2.jpg", "IMG_10.jpg",
                                         "z/c.txt"}));
+}
+
+// Links, pipes and devices are listed as not read and never opened: a link
+// never leads out of the folder, a pipe never makes the scan wait, a loop
+// never hangs it, and a folder linked into an export gives no attachment.
+TEST(Scan, LinksPipesAndDevicesAreNotReadAndSaySo) {
+    TempFolder dir, outside;
+    outside.write("p.jpg", "not read");
+    outside.write("secret.txt", "[05/01/2025, 09:00:00] Sam: secret\n");
+    dir.write("chat/_chat.txt", "[05/01/2025, 09:00:00] Sam: <attached: media/p.jpg>\n");
+    std::string root = dir.path();
+    ASSERT_EQ(::symlink(outside.path().c_str(), (root + "/chat/media").c_str()), 0);
+    ASSERT_EQ(::symlink((outside.path() + "/secret.txt").c_str(), (root + "/link.txt").c_str()), 0);
+    ASSERT_EQ(::symlink("/dev/zero", (root + "/zero.jpg").c_str()), 0);
+    ASSERT_EQ(::symlink((root + "/loop.txt").c_str(), (root + "/loop.txt").c_str()), 0);
+    ASSERT_EQ(::mkfifo((root + "/pipe.txt").c_str(), 0600), 0);
+    std::vector<SkippedFile> expected = {{"chat/media", kLinkReason},
+                                         {"link.txt", kLinkReason},
+                                         {"loop.txt", kLinkReason},
+                                         {"pipe.txt", kSpecialReason},
+                                         {"zero.jpg", kLinkReason}};
+    // A device node needs a privilege that tests may not have.
+    if (::mknod((root + "/null").c_str(), S_IFCHR | 0600, makedev(1, 3)) == 0)
+        expected.insert(expected.begin() + 3, {"null", kSpecialReason});
+    std::string before = testing::folderFingerprint(root);
+
+    ScanResult r = scan(root, DateOrder::dayFirst, "UTC");
+    EXPECT_EQ(r.skipped, expected);
+    ASSERT_EQ(r.sources.size(), 1u);
+    ASSERT_EQ(r.sources[0].items.size(), 1u);
+    EXPECT_EQ(r.sources[0].items[0].details().attachmentName, "media/p.jpg");
+    EXPECT_FALSE(r.sources[0].items[0].details().imageURL);
+    EXPECT_EQ(r.sources[0].files.size(), 1u);
+    EXPECT_EQ(testing::folderFingerprint(root), before);
+}
+
+// A hundred thousand empty files in one folder: the listing stops at the
+// limit, and each copy of the empty file is named as one.
+TEST(Scan, AHundredThousandEmptyFilesStopAtTheLimit) {
+    TempFolder dir;
+    for (int i = 0; i < 100000; ++i) {
+        char name[32];
+        std::snprintf(name, sizeof name, "/f%06d.txt", i);
+        int fd = ::open((dir.path() + name).c_str(), O_CREAT | O_WRONLY, 0600);
+        ASSERT_GE(fd, 0);
+        ::close(fd);
+    }
+    ScanResult r = scan(dir.path(), DateOrder::automatic, "UTC");
+    EXPECT_TRUE(r.sources.empty());
+    ASSERT_EQ(r.skipped.size(), kMaxFiles + 1);
+    EXPECT_EQ(r.skipped.front(),
+              (SkippedFile{"f000000.txt", "Text file that is not a chat export."}));
+    EXPECT_EQ(r.skipped[kMaxFiles - 1], (SkippedFile{"f019999.txt", "Same file as f000000.txt."}));
+    EXPECT_EQ(r.skipped.back().reason, "Only the first 20000 files were read.");
+}
+
+// Another program cutting a chat short while it is scanned: the file is
+// skipped with a sentence, and the process lives on.
+TEST(Scan, AChatCutShortWhileItIsScannedIsSkippedNotACrash) {
+    TempFolder dir;
+    std::string chat;
+    for (int i = 0; chat.size() < 8'000'000; ++i)
+        chat += "[05/01/2025, 09:" + std::to_string(10 + i % 50) + ":00] Sam: message " +
+                std::to_string(i) + "\n";
+    std::string path = dir.write("_chat.txt", chat);
+    auto started = std::chrono::steady_clock::now();
+    ASSERT_EQ(scan(dir.path(), DateOrder::dayFirst, "UTC").sources.size(), 1u);
+    auto whole = std::chrono::steady_clock::now() - started;
+
+    int skippedAsChanged = 0;
+    for (int round = 0; round < 3; ++round) {
+        dir.write("_chat.txt", chat);
+        std::thread cutter([&] {
+            std::this_thread::sleep_for(whole / 3);
+            ASSERT_EQ(::truncate(path.c_str(), 4096 * (round + 1)), 0);
+        });
+        ScanResult r = scan(dir.path(), DateOrder::dayFirst, "UTC");
+        cutter.join();
+        for (const auto& s : r.skipped)
+            if (s == SkippedFile{"_chat.txt", kChangedWhileRead}) ++skippedAsChanged;
+    }
+    EXPECT_GE(skippedAsChanged, 1);
 }
 
 TEST(Scan, StopsAtTheFileLimitAndSaysSo) {

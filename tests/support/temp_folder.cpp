@@ -54,7 +54,7 @@ std::string folderFingerprint(const std::string& folder) {
         out += e.path().string() + " " + std::to_string(st.st_mode) + " " +
                std::to_string(st.st_size) + " " + std::to_string(st.st_mtim.tv_sec) + "." +
                std::to_string(st.st_mtim.tv_nsec);
-        if (e.is_regular_file() && !e.is_symlink())
+        if (fs::is_regular_file(e.symlink_status()))
             out += " " + Scanner::sha256Hex(readFile(e.path().string()));
         out += "\n";
     }
