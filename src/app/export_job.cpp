@@ -59,12 +59,15 @@ Written writeParts(const std::vector<std::string>& parts, const Settings& settin
     int n = static_cast<int>(parts.size());
     fs::path path(target);
     std::string base = path.extension() == ".pdf" ? path.stem().string() : path.filename().string();
+    std::vector<FileBytes> files;
     for (int i = 0; i < n; ++i) {
         std::string file =
             n == 1 ? target : (path.parent_path() / partName(base, i + 1, n)).string();
-        writeFileAtomically(file, parts[i]);
+        files.push_back({file, parts[i]});
         written.files.push_back(file);
     }
+    // All parts or none: a part that cannot be written leaves no others.
+    writeFilesAtomically(files);
     int64_t limit = byteLimit(settings);
     if (n > 1) written.notes.push_back(splitMessage(n, settings.maxFileMB));
     if (limit >= 1 && std::any_of(parts.begin(), parts.end(), [&](const std::string& p) {

@@ -40,9 +40,9 @@ struct Written {
     std::vector<std::string> notes;  // the split note and the oversize warning
 };
 
-// Writes the rendered parts, each atomically: one part to `target` itself,
-// several as "<target's name without .pdf> - Part i of n.pdf" in its folder.
-// Throws EvidenceError when a file cannot be written.
+// Writes the rendered parts, all or none of them: one part to `target`
+// itself, several as "<target's name without .pdf> - Part i of n.pdf" in its
+// folder. Throws EvidenceError when a file cannot be written.
 Written writeParts(const std::vector<std::string>& parts, const Settings& settings,
                    const std::string& target);
 

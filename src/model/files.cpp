@@ -248,9 +248,8 @@ std::string homeSubdirectory(const char* variable, const char* fallback) {
     return base + "/" + fallback + "/kinfolio";
 }
 
-}  // namespace
-
-void writeFileAtomically(const std::string& path, std::string_view bytes) {
+// The bytes in a new hidden file beside `path`, synced; returns its name.
+std::string writeTemporary(const std::string& path, std::string_view bytes) {
     fs::path target(path);
     fs::path dir = target.parent_path().empty() ? fs::path(".") : target.parent_path();
     std::string tmpl = (dir / ("." + target.filename().string() + ".XXXXXX")).string();
@@ -277,11 +276,32 @@ void writeFileAtomically(const std::string& path, std::string_view bytes) {
         ::unlink(tmpl.c_str());
         writeError(path, err);
     }
-    if (::rename(tmpl.c_str(), path.c_str()) != 0) {
-        int err = errno;
-        ::unlink(tmpl.c_str());
-        writeError(path, err);
+    return tmpl;
+}
+
+}  // namespace
+
+void writeFilesAtomically(const std::vector<FileBytes>& files) {
+    std::vector<std::string> temporary;
+    try {
+        for (const auto& file : files)
+            temporary.push_back(writeTemporary(file.path, file.bytes));
+    } catch (const EvidenceError&) {
+        for (const auto& t : temporary)
+            ::unlink(t.c_str());
+        throw;
     }
+    for (size_t i = 0; i < files.size(); ++i)
+        if (::rename(temporary[i].c_str(), files[i].path.c_str()) != 0) {
+            int err = errno;
+            for (size_t j = i; j < temporary.size(); ++j)
+                ::unlink(temporary[j].c_str());
+            writeError(files[i].path, err);
+        }
+}
+
+void writeFileAtomically(const std::string& path, std::string_view bytes) {
+    writeFilesAtomically({{path, bytes}});
 }
 
 std::string configDirectory() {

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kinfolio {
 
@@ -57,6 +58,15 @@ std::string sha256Hex(std::string_view bytes);
 // Writes through a temporary file in the same folder and renames it into
 // place, so a crash never leaves a half-written file. Throws EvidenceError.
 void writeFileAtomically(const std::string& path, std::string_view bytes);
+
+struct FileBytes {
+    std::string path;
+    std::string_view bytes;
+};
+// The same for files that belong together, as the parts of one document:
+// every one is written in full before the first is put in place, so a failure
+// leaves the files that were there before and no temporary file.
+void writeFilesAtomically(const std::vector<FileBytes>& files);
 
 // $XDG_CONFIG_HOME/kinfolio (default ~/.config/kinfolio); not created here.
 std::string configDirectory();

@@ -2,10 +2,18 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/resource.h>
+
+#include <csignal>
 #include <filesystem>
+#include <functional>
+#include <map>
+#include <memory>
 
 #include "app/app_services.h"
 #include "scan/scanner.h"
+#include "support/evidence_error.h"
+#include "support/fake_services.h"
 #include "support/pdf_reader.h"
 #include "support/temp_folder.h"
 
@@ -129,6 +137,92 @@ TEST(ExportJobTest, AChineseChatSplitsIntoPartsUnderTheLimitNumberedOn) {
         }
     }
     EXPECT_EQ(page, result.pageCount);
+}
+
+// A full disk, as the system reports it to a process over its file size
+// limit, for the life of the object.
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(rlim_t bytes) {
+        ::getrlimit(RLIMIT_FSIZE, &saved_);
+        rlimit limit = saved_;
+        limit.rlim_cur = bytes;
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+        previous_ = std::signal(SIGXFSZ, SIG_IGN);  // the write fails with EFBIG instead
+    }
+    ~FileSizeLimit() {
+        ::setrlimit(RLIMIT_FSIZE, &saved_);
+        std::signal(SIGXFSZ, previous_);
+    }
+
+private:
+    rlimit saved_{};
+    void (*previous_)(int) = nullptr;
+};
+
+// However an export fails, the files already at the target keep their bytes
+// and nothing is left beside them; a successful one replaces the file whole.
+TEST(ExportJobTest, AFailedExportChangesNothingAndASuccessfulOneReplacesTheFile) {
+    testing::ScopedHome home;
+    testing::TempFolder dir;
+    std::string target = dir.path() + "/Evidence.pdf";
+    dir.write("Evidence.pdf", "the document of last week");
+    dir.write("Evidence - Part 1 of 3.pdf", "a part of last week");
+    AppServices services = testing::fakeServices(std::make_shared<testing::FakeLog>());
+    ScanResult scan = services.scan("materials", DateOrder::dayFirst, "UTC", {});
+    std::string large(256 * 1024, 'x');
+    std::string noSpace = ". Free some space on that disk, or save somewhere else.";
+
+    struct Failure {
+        const char* name;
+        std::function<void(AppServices&, Settings&)> set;
+        std::string reason;
+    };
+    const std::vector<Failure> failures = {
+        {"the drawing fails",
+         [](AppServices& s, Settings&) {
+             s.make = [](const ExportInput&) -> Output {
+                 throw EvidenceError::invalid("A photo could not be drawn.");
+             };
+         },
+         "A photo could not be drawn."},
+        {"the disk fills up during the write",
+         [&](AppServices& s, Settings&) {
+             s.make = [&](const ExportInput&) { return Output{large, 1}; };
+         },
+         "There is not enough space to save " + target + noSpace},
+        {"the disk fills up at the last part",
+         [&](AppServices& s, Settings& settings) {
+             settings.maxFileMB = 1;
+             s.split = [&](const ExportInput&, const std::string&, int64_t) {
+                 return std::vector<std::string>{"%PDF-1", "%PDF-2", large};
+             };
+         },
+         "There is not enough space to save " + dir.path() + "/Evidence - Part 3 of 3.pdf" +
+             noSpace},
+    };
+    auto files = [&] {  // every file in the folder with its bytes
+        std::map<std::string, std::string> found;
+        for (const auto& e : std::filesystem::directory_iterator(dir.path()))
+            found[e.path().filename()] = testing::readFile(e.path());
+        return found;
+    };
+    const auto before = files();
+    for (const auto& failure : failures) {
+        AppServices s = services;
+        Settings settings = Settings::defaults();
+        failure.set(s, settings);
+        FileSizeLimit full(64 * 1024);
+        EXPECT_EQ(testing::errorOf([&] { ExportJob::run(s, scan, settings, target); }),
+                  failure.reason)
+            << failure.name;
+        EXPECT_EQ(files(), before) << failure.name;
+    }
+
+    services.make = AppServices::standard().make;
+    ExportJob::run(services, scan, Settings::defaults(), target);
+    EXPECT_TRUE(testing::qpdfCheckPasses(testing::readFile(target)));
+    EXPECT_EQ(files().size(), 2u);
 }
 
 TEST(ExportJobTest, AFolderThatCannotBeWrittenIsAClearError) {
