@@ -55,9 +55,7 @@ bool isCacheName(std::string_view id) {
 
 std::optional<std::string> cacheFolder(const std::string& sub) {
     try {
-        std::string folder = privateCacheDirectory() + "/" + sub;
-        makeDirectories(folder, 0700);
-        return folder;
+        return privateCacheDirectory(sub);
     } catch (const std::exception&) {  // EvidenceError, or a file system error
         return std::nullopt;
     }

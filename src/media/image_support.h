@@ -17,8 +17,8 @@ void startImageLibraries();
 // path.
 bool isCacheName(std::string_view id);
 
-// `privateCacheDirectory()` + "/" + `sub`, created; none when the cache
-// cannot be used, so the caller goes on without it.
+// `privateCacheDirectory(sub)`; none when the cache cannot be used, so the
+// caller goes on without it.
 std::optional<std::string> cacheFolder(const std::string& sub);
 
 }  // namespace kinfolio::Scanner::detail

@@ -279,6 +279,22 @@ std::string writeTemporary(const std::string& path, std::string_view bytes) {
     return tmpl;
 }
 
+// Makes the folder if it is missing, closes it to others if it is open, and
+// refuses it when it is not this user's own folder.
+void makePrivateFolder(const std::string& dir) {
+    if (::mkdir(dir.c_str(), 0700) != 0 && errno != EEXIST)
+        throw EvidenceError::invalid("Could not create the folder " + dir + ": " +
+                                     std::strerror(errno) + ".");
+    // The folder holds unpacked chats: it must be ours and closed to others,
+    // and never a symbolic link someone else planted.
+    struct stat st {};
+    if (::lstat(dir.c_str(), &st) != 0 || !S_ISDIR(st.st_mode) || st.st_uid != ::getuid())
+        throw EvidenceError::invalid("The cache folder " + dir +
+                                     " is not a private folder of this user.");
+    if ((st.st_mode & 0077) != 0 && ::chmod(dir.c_str(), 0700) != 0)
+        throw EvidenceError::invalid("The cache folder " + dir + " could not be made private.");
+}
+
 }  // namespace
 
 void writeFilesAtomically(const std::vector<FileBytes>& files) {
@@ -321,22 +337,13 @@ void makeDirectories(const std::string& path, unsigned mode) {
     }
 }
 
-std::string privateCacheDirectory() {
+std::string privateCacheDirectory(const std::string& sub) {
     std::string dir = homeSubdirectory("XDG_CACHE_HOME", ".cache");
-    std::string parent = fs::path(dir).parent_path().string();
-    makeDirectories(parent, 0700);
-    if (::mkdir(dir.c_str(), 0700) != 0 && errno != EEXIST)
-        throw EvidenceError::invalid("Could not create the folder " + dir + ": " +
-                                     std::strerror(errno) + ".");
-    // The folder holds unpacked chats: it must be ours and closed to others,
-    // and never a symbolic link someone else planted.
-    struct stat st {};
-    if (::lstat(dir.c_str(), &st) != 0 || !S_ISDIR(st.st_mode) || st.st_uid != ::getuid())
-        throw EvidenceError::invalid("The cache folder " + dir +
-                                     " is not a private folder of this user.");
-    if ((st.st_mode & 0077) != 0 && ::chmod(dir.c_str(), 0700) != 0)
-        throw EvidenceError::invalid("The cache folder " + dir + " could not be made private.");
-    return dir;
+    makeDirectories(fs::path(dir).parent_path().string(), 0700);
+    makePrivateFolder(dir);
+    if (sub.empty()) return dir;
+    makePrivateFolder(dir + "/" + sub);
+    return dir + "/" + sub;
 }
 
 }  // namespace kinfolio

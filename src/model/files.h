@@ -70,10 +70,11 @@ void writeFilesAtomically(const std::vector<FileBytes>& files);
 
 // $XDG_CONFIG_HOME/kinfolio (default ~/.config/kinfolio); not created here.
 std::string configDirectory();
-// $XDG_CACHE_HOME/kinfolio (default ~/.cache/kinfolio), created with mode 0700
-// and refused when it belongs to someone else or others may write to it.
-// Throws EvidenceError.
-std::string privateCacheDirectory();
+// $XDG_CACHE_HOME/kinfolio (default ~/.cache/kinfolio), or the folder `sub`
+// in it, created with mode 0700. One open to others is closed; one that
+// belongs to someone else, or is a symbolic link, is refused. Throws
+// EvidenceError.
+std::string privateCacheDirectory(const std::string& sub = {});
 
 // Creates the folder and its missing parents with the given mode. Throws EvidenceError.
 void makeDirectories(const std::string& path, unsigned mode = 0755);

@@ -112,10 +112,7 @@ std::optional<std::string> extractWhatsAppZip(const ZipArchive& zip, const std::
     try {
         // Per user and closed to others: another local user must not be able
         // to plant a chat or a link in it.
-        std::string cache = privateCacheDirectory() + "/whatsapp";
-        if (::mkdir(cache.c_str(), 0700) != 0 && errno != EEXIST) return std::nullopt;
-        if (!isPrivateFolder(cache)) return std::nullopt;
-        std::string folder = cache + "/" + id.substr(0, 16);
+        std::string folder = privateCacheDirectory("whatsapp") + "/" + id.substr(0, 16);
         std::string chat = (fs::path(folder) / entry->path).lexically_normal().string();
         if (!startsWith(chat, folder + "/")) return std::nullopt;
         if (!isPrivateFolder(folder) || !isOwnRegularFile(chat)) {

@@ -6,9 +6,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <filesystem>
 #include <functional>
 #include <string>
 
+#include "support/evidence_error.h"
 #include "support/temp_folder.h"
 
 namespace kinfolio {
@@ -93,6 +95,74 @@ TEST(MappedFile, APipeOrADeviceIsRefusedWithoutWaiting) {
     ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
     EXPECT_FALSE(MappedFile::open(fifo));  // no writer: opening must not block
     EXPECT_FALSE(MappedFile::open("/dev/null"));
+}
+
+// What may already be at the place of the cache folder, or of a folder in it,
+// and what Kinfolio makes of it: a private folder of ours, or the refusal.
+TEST(PrivateCacheDirectory, IsOursAndClosedOrRefused) {
+    enum class Before { nothing, openFolder, linkToOurs, linkToOthers, othersFolder };
+    struct Case {
+        const char* name;
+        Before before;
+        bool refused;
+    };
+    const Case cases[] = {
+        {"made when missing", Before::nothing, false},
+        {"an open folder is closed", Before::openFolder, false},
+        {"a link to a folder of ours", Before::linkToOurs, true},
+        {"a link to another user's folder", Before::linkToOthers, true},
+        {"another user's folder", Before::othersFolder, true},
+    };
+    bool root = ::getuid() == 0;
+    for (const std::string sub : {"", "pictures"})
+        for (const Case& c : cases) {
+            SCOPED_TRACE(std::string(c.name) + (sub.empty() ? "" : " (" + sub + ")"));
+            // Only root can make a folder of another user: root gives one away.
+            if (c.before == Before::othersFolder && !root) continue;
+            testing::ScopedCacheHome home;
+            testing::TempFolder elsewhere;
+            std::string cache = home.path() + "/kinfolio";
+            std::string place = sub.empty() ? cache : cache + "/" + sub;
+            ASSERT_TRUE(sub.empty() || ::mkdir(cache.c_str(), 0700) == 0);
+            std::string target = elsewhere.path();
+            bool others = c.before == Before::linkToOthers || c.before == Before::othersFolder;
+            if (others && !root) target = "/tmp";
+            if (target == elsewhere.path()) ::chmod(target.c_str(), 0755);
+            ASSERT_TRUE(!others || !root || ::chown(target.c_str(), 65534, 65534) == 0);
+            auto modeOf = [](const std::string& path) {
+                struct stat st {};
+                return ::lstat(path.c_str(), &st) == 0 ? st.st_mode : 0u;
+            };
+            mode_t targetMode = modeOf(target);
+            auto prepare = [&] {
+                switch (c.before) {
+                    case Before::nothing:
+                        return true;
+                    case Before::openFolder:
+                        return ::mkdir(place.c_str(), 0700) == 0 &&
+                               ::chmod(place.c_str(), 0777) == 0;
+                    case Before::linkToOurs:
+                    case Before::linkToOthers:
+                        return ::symlink(target.c_str(), place.c_str()) == 0;
+                    case Before::othersFolder:
+                        return ::rename(target.c_str(), place.c_str()) == 0;
+                }
+                return false;
+            };
+            ASSERT_TRUE(prepare());
+
+            std::string error = testing::errorOf([&] { privateCacheDirectory(sub); });
+            if (c.refused) {
+                EXPECT_EQ(error,
+                          "The cache folder " + place + " is not a private folder of this user.");
+                // Neither changed, nor made private through the link.
+                EXPECT_EQ(modeOf(c.before == Before::othersFolder ? place : target), targetMode);
+                continue;
+            }
+            EXPECT_EQ(error, "(no error)");
+            EXPECT_EQ(privateCacheDirectory(sub), place);
+            EXPECT_EQ(modeOf(place), S_IFDIR | 0700);
+        }
 }
 
 }  // namespace
