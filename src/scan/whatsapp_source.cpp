@@ -116,9 +116,21 @@ std::optional<std::string> extractWhatsAppZip(const ZipArchive& zip, const std::
         std::string chat = (fs::path(folder) / entry->path).lexically_normal().string();
         if (!startsWith(chat, folder + "/")) return std::nullopt;
         if (!isPrivateFolder(folder) || !isOwnRegularFile(chat)) {
+            // Unpacked beside its place and moved there whole, so an archive
+            // that fails halfway, or a scan that is stopped, never leaves a
+            // part of a chat that the next scan would take for all of it.
+            std::string partial = folder + ".partial";
             std::error_code ec;
             fs::remove_all(folder, ec);
-            zip.extract(folder);
+            fs::remove_all(partial, ec);
+            try {
+                zip.extract(partial);
+            } catch (const EvidenceError&) {
+                fs::remove_all(partial, ec);
+                throw;
+            }
+            fs::rename(partial, folder, ec);
+            if (ec) return std::nullopt;
         }
         auto mapped = MappedFile::open(chat);
         if (!mapped || !isValidUtf8(mapped->bytes())) return std::nullopt;
