@@ -16,7 +16,10 @@ const std::string kDayFirstNote =
 ScanResult scanOne(const std::string& name, const std::string& text, DateOrder order) {
     TempFolder dir;
     dir.write(name, text);
-    return scan(dir.path(), order, "UTC");
+    std::string before = testing::folderFingerprint(dir.path());
+    ScanResult result = scan(dir.path(), order, "UTC");
+    EXPECT_EQ(testing::folderFingerprint(dir.path()), before);
+    return result;
 }
 
 std::string firstDate(const ScanResult& result) {

@@ -26,10 +26,12 @@ protected:
 
     Json scan() {
         std::ostringstream out, err;
+        std::string before = testing::folderFingerprint(folder);
         int status = cli::run(
             {"scan", folder.string(), "--json", "--settings", (root / "settings.json").string()},
             out, err);
         EXPECT_EQ(status, 0) << err.str();
+        EXPECT_EQ(testing::folderFingerprint(folder), before);
         return Json::parse(out.str());
     }
 

@@ -24,7 +24,9 @@ TEST(ImageSource, SortsImagesIntoPhotosAndScreenshotsWithTheirDates) {
     dir.write("notes.jpg", "just some text\n");
     dir.write("empty.heic", "");
 
+    std::string before = testing::folderFingerprint(dir.path());
     ScanResult r = scan(dir.path(), DateOrder::automatic, "UTC");
+    EXPECT_EQ(testing::folderFingerprint(dir.path()), before);
 
     const Source* photos = testing::sourceNamed(r, "Photos");
     const Source* screenshots = testing::sourceNamed(r, "Screenshots");

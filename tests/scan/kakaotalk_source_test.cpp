@@ -20,7 +20,9 @@ TEST(KakaoTalkSource, PhoneExportMacSpreadsheetAndOldSpreadsheet) {
               "Date,User,Message\n2023-03-04 18:12:00,Sam Lee,Hi\n2023-03-05 09:00:00,Alex,Hey\n");
     dir.write("Kontakt.csv", "Datum,Absender,Nachricht\n04.03.2023 18:12,M\xFCller,5 \x80\n");
     dir.write("Broken.txt", "KakaoTalk Chats with Sam\nDate Saved : 2023-03-10 14:00\n");
+    std::string before = testing::folderFingerprint(dir.path());
     ScanResult result = scan(dir.path(), DateOrder::dayFirst, "UTC");
+    EXPECT_EQ(testing::folderFingerprint(dir.path()), before);
 
     struct Expected {
         std::string name;

@@ -17,7 +17,9 @@ TEST(LineSource, ExportBecomesALineSourceNamedByItsTitle) {
               "09:15\tSam Lee\tGood morning!\n"
               "09:20\tAlex Morgan\tSee you.\n"
               "21:00\tAlex Morgan\t\u260E Call time 0:45:10\n");
+    std::string before = testing::folderFingerprint(dir.path());
     ScanResult result = scan(dir.path(), DateOrder::automatic, "UTC");
+    EXPECT_EQ(testing::folderFingerprint(dir.path()), before);
     EXPECT_TRUE(result.skipped.empty());
     ASSERT_EQ(result.sources.size(), 1u);
     const Source& s = result.sources[0];

@@ -38,7 +38,9 @@ TEST(MetaSource, MessageFilesOfOneFolderMakeOneSource) {
     folder.write(kInbox + "message_10.json", kOlder);  // a byte-identical copy
     folder.write("facebook-sam/" + kPhotoUri, "jpeg bytes");
 
+    std::string before = testing::folderFingerprint(folder.path());
     ScanResult scan = Scanner::scan(folder.path(), DateOrder::automatic, "Europe/London");
+    EXPECT_EQ(testing::folderFingerprint(folder.path()), before);
     ASSERT_EQ(scan.sources.size(), 1u);
     const Source& s = scan.sources[0];
     EXPECT_EQ(s.kind, SourceKind::messenger);

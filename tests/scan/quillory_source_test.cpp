@@ -32,7 +32,9 @@ TEST(QuillorySource, ExportFolderBecomesOneSourceWithItsAttachment) {
     std::string photo = dir.write("Sam/attachments/IMG_1.jpg", kPhoto);
     dir.write("Sam/attachments/IMG_9.jpg", kPhoto + " never named");
 
+    std::string before = testing::folderFingerprint(dir.path());
     ScanResult result = scan(dir.path(), DateOrder::automatic, "UTC");
+    EXPECT_EQ(testing::folderFingerprint(dir.path()), before);
     EXPECT_TRUE(result.skipped.empty());
     ASSERT_EQ(result.sources.size(), 1u);
     const Source& s = result.sources[0];

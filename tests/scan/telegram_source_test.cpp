@@ -52,7 +52,9 @@ TEST(TelegramSource, WholeAccountGivesOneSourcePerChatWithItsOwnId) {
     std::string photo = "\xFF\xD8\xFF\xE0 fake jpeg";
     folder.write(kExport + "chats/chat_001/photos/photo_1@03-05-2025_20-07-00.jpg", photo);
 
+    std::string before = testing::folderFingerprint(folder.path());
     ScanResult scan = Scanner::scan(folder.path(), DateOrder::automatic, "UTC");
+    EXPECT_EQ(testing::folderFingerprint(folder.path()), before);
     std::string sha = sha256Hex(json);
     ASSERT_EQ(scan.sources.size(), 2u);
     const Source* sam = sourceNamed(scan, "Sam Lee");

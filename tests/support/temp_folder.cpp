@@ -1,11 +1,13 @@
 #include "support/temp_folder.h"
 
 #include <sys/stat.h>
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
+#include <vector>
 
 #include "scan/scanner.h"
 
@@ -47,16 +49,25 @@ std::string readFile(const std::string& path) {
 }
 
 std::string folderFingerprint(const std::string& folder) {
+    // Each entry, the folder itself included, in name order: its type and
+    // mode, owner, size, the nanoseconds of its modification and of its last
+    // change (a file changed and its time put back still shows), and what it
+    // holds: a file's SHA-256 or the target of a link.
+    std::vector<fs::path> paths{folder};
+    for (const auto& e : fs::recursive_directory_iterator(folder))
+        paths.push_back(e.path());
+    std::sort(paths.begin() + 1, paths.end());
     std::string out;
-    for (const auto& e : fs::recursive_directory_iterator(folder)) {
+    for (const auto& p : paths) {
         struct stat st {};
-        ::lstat(e.path().c_str(), &st);
-        out += e.path().string() + " " + std::to_string(st.st_mode) + " " +
-               std::to_string(st.st_size) + " " + std::to_string(st.st_mtim.tv_sec) + "." +
-               std::to_string(st.st_mtim.tv_nsec);
-        if (fs::is_regular_file(e.symlink_status()))
-            out += " " + Scanner::sha256Hex(readFile(e.path().string()));
-        out += "\n";
+        if (::lstat(p.c_str(), &st) != 0) throw std::runtime_error("lstat " + p.string());
+        std::ostringstream line;
+        line << p.string() << " " << std::oct << st.st_mode << std::dec << " " << st.st_uid << ":"
+             << st.st_gid << " " << st.st_size << " " << st.st_mtim.tv_sec << "."
+             << st.st_mtim.tv_nsec << " " << st.st_ctim.tv_sec << "." << st.st_ctim.tv_nsec;
+        if (S_ISREG(st.st_mode)) line << " " << Scanner::sha256Hex(readFile(p.string()));
+        if (S_ISLNK(st.st_mode)) line << " -> " << fs::read_symlink(p).string();
+        out += line.str() + "\n";
     }
     return out;
 }

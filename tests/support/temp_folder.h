@@ -24,8 +24,10 @@ private:
 
 std::string readFile(const std::string& path);
 
-// A snapshot of every file below a folder (relative path, mode, size,
-// modification time and content hash), to prove a folder was left untouched.
+// A snapshot of a folder and everything below it (path, type and mode,
+// owner, size, modification and change times to the nanosecond, a file's
+// content hash, a link's target), to prove a folder was left untouched:
+// nothing added, removed, written, touched or made readable to others.
 std::string folderFingerprint(const std::string& folder);
 
 // Sets an environment variable for the life of the object, then puts back
