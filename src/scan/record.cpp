@@ -23,6 +23,11 @@ std::optional<Record> ScanContext::record(const std::string& path) {
         skip(path, "Could not be read.");
         return std::nullopt;
     }
+    // Every empty file has the same fingerprint; none is a copy of another.
+    if (data->size() == 0) {
+        skip(path, "The file is empty. Copy it again from where it came from.");
+        return std::nullopt;
+    }
     std::string shown = displayPath(path);
     std::string hash = sha256Hex(data->bytes());
     if (data->changed()) {

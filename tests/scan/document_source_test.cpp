@@ -71,7 +71,7 @@ TEST(DocumentSource, DatesAndSortsEveryDocument) {
 
     std::vector<SkippedFile> skipped = {
         {"Locked.pdf", "PDF could not be opened (it may be password protected)."},
-        {"empty.pdf", "PDF could not be opened (it may be password protected)."},
+        {"empty.pdf", "The file is empty. Copy it again from where it came from."},
         {"notes.PDF", "PDF could not be opened (it may be password protected)."}};
     EXPECT_EQ(r.skipped, skipped);
     EXPECT_EQ(testing::folderFingerprint(dir.path()), before);

@@ -50,8 +50,9 @@ TEST(ImageSource, SortsImagesIntoPhotosAndScreenshotsWithTheirDates) {
     EXPECT_EQ(screenshots->detail, "1 screenshot \u00B7 Apr 2025");
     EXPECT_TRUE(screenshots->notes.empty());
 
-    std::vector<SkippedFile> skipped = {{"empty.heic", "Image could not be opened."},
-                                        {"notes.jpg", "Image could not be opened."}};
+    std::vector<SkippedFile> skipped = {
+        {"empty.heic", "The file is empty. Copy it again from where it came from."},
+        {"notes.jpg", "Image could not be opened."}};
     EXPECT_EQ(r.skipped, skipped);
 }
 

@@ -69,10 +69,11 @@ TEST(VideoSource, ReadsClipsWithTheirDatesAndSkipsWhatIsNoVideo) {
                   cache.path() + "/kinfolio/frames/" + file->sha256.substr(0, 16) + ".png");
     }
 
-    std::vector<SkippedFile> skipped = {{"broken.mp4", "Video could not be opened."},
-                                        {"empty.mp4", "Video could not be opened."},
-                                        {"notes.mov", "Video could not be opened."},
-                                        {"voice.mp4", "Video could not be opened."}};
+    std::vector<SkippedFile> skipped = {
+        {"broken.mp4", "Video could not be opened."},
+        {"empty.mp4", "The file is empty. Copy it again from where it came from."},
+        {"notes.mov", "Video could not be opened."},
+        {"voice.mp4", "Video could not be opened."}};
     EXPECT_EQ(r.skipped, skipped);
     EXPECT_EQ(testing::folderFingerprint(dir.path()), before);
 }
