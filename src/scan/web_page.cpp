@@ -7,7 +7,12 @@ namespace kinfolio::Scanner {
 
 void readWebPage(ScanContext& ctx, Record& html, std::string_view bytes) {
     std::string text = repairUtf8(bytes.substr(0, 16000));
-    if (prefixCodePoints(text, 4000).find("Telegram") != std::string::npos)
+    // A chat's page of a Telegram export does not name Telegram, but its
+    // layout has Telegram's class names.
+    std::string head = prefixCodePoints(text, 4000);
+    if (head.find("Telegram") != std::string::npos ||
+        (head.find("\"page_wrap\"") != std::string::npos &&
+         head.find("\"history\"") != std::string::npos))
         return ctx.skip(html.path,
                         "Telegram HTML export. Export the chat again and choose "
                         "\u201cMachine-readable JSON\u201d.");
