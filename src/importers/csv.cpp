@@ -114,6 +114,10 @@ constexpr std::string_view kTextNames[] = {
 constexpr std::span<const std::string_view> kColumnNames[] = {kDateNames, kSenderNames,
                                                               kTextNames};  // by Role
 
+// The names of a column that holds only the time of day, beside a date
+// column that holds only the day.
+constexpr std::string_view kTimeNames[] = {"time", "시간", "時刻", "時間", "zeit", "heure", "hora"};
+
 bool isQuillory(const CsvRow& header) {
     return column(header, "date_local") && column(header, "direction");
 }
@@ -191,6 +195,11 @@ ImportResult csv(std::string_view text, const std::string& fileID, DateOrder ord
     auto attachmentsCol = column(header, "attachments"), directionCol = column(header, "direction");
     if (!dateCol || !senderCol || !textCol)
         throw EvidenceError::invalid("CSV needs date, sender and text columns.");
+    // A time of day kept in a column of its own is read with the day.
+    std::optional<size_t> timeCol;
+    for (std::string_view name : kTimeNames)
+        if (auto found = column(header, name); found && found != dateCol && !quillory && !timeCol)
+            timeCol = found;
 
     ImportResult result;
     result.items.reserve(rows.size() - 1);
@@ -203,7 +212,10 @@ ImportResult csv(std::string_view text, const std::string& fileID, DateOrder ord
         // A Quillory date carries a zone or fraction after "yyyy-MM-dd HH:mm:ss";
         // the written wall-clock time is what counts.
         const std::string& cell = row[*dateCol];
-        auto date = Importer::date(quillory ? prefixCodePoints(cell, 19) : cell, order);
+        std::optional<Instant> date;
+        if (timeCol && !row[*timeCol].empty())
+            date = Importer::date(cell + " " + trimSpacesAndTabs(row[*timeCol]), order);
+        if (!date) date = Importer::date(quillory ? prefixCodePoints(cell, 19) : cell, order);
         if (!date)
             throw EvidenceError::invalid("Could not read the date on row " + std::to_string(n) +
                                          ".");

@@ -175,6 +175,7 @@ const Spreadsheet kSpreadsheets[] = {
      "Salut"},
     {"Spanish", "Fecha,Remitente,Mensaje\n2023-03-04 18:12:00,Sam,Hola\n", "Sam", "Hola"},
     {"DateBeforeTime", "Time,Date,From,Text\n18:12,2023-03-04 18:12:00,Sam,Hi\n", "Sam", "Hi"},
+    {"DateAndTimeApart", "Date,Time,Sender,Message\n04/03/2023,18:12:00,Sam,Hi\n", "Sam", "Hi"},
     {"Windows1252",
      decodeWindows1252(
          "Datum,Absender,Nachricht\n2023-03-04 18:12:00,M\xFCller,5 \x80 \x93ok\x94\n"),
