@@ -4,6 +4,7 @@
 #include <unicode/timezone.h>
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
@@ -60,7 +61,139 @@ std::unique_ptr<icu::SimpleDateFormat> formatter(std::string_view pattern) {
     return f;
 }
 
+namespace {
+
+// A date pattern split into its fields ("yyyy", "MMM", "h") and literal text.
+struct PatternPart {
+    char letter = 0;  // 0 for literal text
+    int count = 0;
+    std::string literal;
+};
+
+// The parts of a pattern whose every field the civil arithmetic below can
+// write as ICU writes it in en_US_POSIX; none for any other pattern.
+std::optional<std::vector<PatternPart>> compile(std::string_view pattern) {
+    std::vector<PatternPart> parts;
+    auto literal = [&](std::string_view text) {
+        if (parts.empty() || parts.back().letter) parts.push_back({});
+        parts.back().literal += text;
+    };
+    for (size_t i = 0; i < pattern.size();) {
+        char c = pattern[i];
+        if (c == '\'') {
+            size_t close = pattern.find('\'', i + 1);
+            if (close == std::string_view::npos) return std::nullopt;
+            literal(close == i + 1 ? "'" : pattern.substr(i + 1, close - i - 1));
+            i = close + 1;
+        } else if ((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z')) {
+            if (std::string_view("yMdEHhmsa").find(c) == std::string_view::npos)
+                return std::nullopt;
+            size_t end = pattern.find_first_not_of(c, i);
+            if (end == std::string_view::npos) end = pattern.size();
+            parts.push_back({c, static_cast<int>(end - i), {}});
+            i = end;
+        } else {
+            literal(pattern.substr(i, 1));
+            ++i;
+        }
+    }
+    return parts;
+}
+
+constexpr std::array<const char*, 12> kMonths = {"January",   "February", "March",    "April",
+                                                 "May",       "June",     "July",     "August",
+                                                 "September", "October",  "November", "December"};
+constexpr std::array<const char*, 7> kWeekdays = {"Sunday",   "Monday", "Tuesday", "Wednesday",
+                                                  "Thursday", "Friday", "Saturday"};
+
+void appendNumber(std::string& out, long long value, int width) {
+    char digits[24];
+    int n = std::snprintf(digits, sizeof digits, "%0*lld", width, value);
+    out.append(digits, static_cast<size_t>(n));
+}
+
+// A name in ICU's widths: 1-3 letters abbreviated, 4 whole, 5 the first
+// letter, 6 (weekdays) the first two.
+void appendName(std::string& out, std::string_view name, int count) {
+    if (count == 4)
+        out += name;
+    else if (count == 5)
+        out += name.substr(0, 1);
+    else if (count == 6)
+        out += name.substr(0, 2);
+    else
+        out += name.substr(0, 3);
+}
+
+// Written times are wall-clock values in a zone of offset zero, so formatting
+// is arithmetic on the civil date: no ICU formatter, no locale lookups. ICU
+// counts years before the Gregorian reform in the Julian calendar and writes
+// years past 9999 its own way; those are left to it.
+std::optional<std::string> formatCivil(Instant t, const std::vector<PatternPart>& parts) {
+    CivilTime c = civil(t);
+    if (c.year < 1600 || c.year > 9999) return std::nullopt;
+    double unix = std::floor(unixFromInstant(t));
+    auto days = static_cast<long long>(std::floor(unix / 86400.0));
+    int weekday = static_cast<int>(((days + 4) % 7 + 7) % 7);  // 1970-01-01 was a Thursday
+    std::string out;
+    for (const PatternPart& p : parts) {
+        switch (p.letter) {
+            case 0:
+                out += p.literal;
+                break;
+            case 'y':
+                p.count == 2 ? appendNumber(out, c.year % 100, 2)
+                             : appendNumber(out, c.year, p.count);
+                break;
+            case 'M':
+                if (p.count <= 2)
+                    appendNumber(out, c.month, p.count);
+                else
+                    appendName(out, kMonths[static_cast<size_t>(c.month - 1)],
+                               p.count == 6 ? 3 : p.count);
+                break;
+            case 'd':
+                appendNumber(out, c.day, p.count);
+                break;
+            case 'E':
+                appendName(out, kWeekdays[static_cast<size_t>(weekday)], p.count);
+                break;
+            case 'H':
+                appendNumber(out, c.hour, p.count);
+                break;
+            case 'h':
+                appendNumber(out, c.hour % 12 == 0 ? 12 : c.hour % 12, p.count);
+                break;
+            case 'm':
+                appendNumber(out, c.minute, p.count);
+                break;
+            case 's':
+                appendNumber(out, c.second, p.count);
+                break;
+            case 'a':
+                out += c.hour < 12 ? "AM" : "PM";
+                break;
+        }
+    }
+    return out;
+}
+
+const std::optional<std::vector<PatternPart>>& compiled(std::string_view pattern) {
+    thread_local std::map<std::string, std::optional<std::vector<PatternPart>>, std::less<>> cache;
+    auto it = cache.find(pattern);
+    if (it == cache.end()) it = cache.emplace(std::string(pattern), compile(pattern)).first;
+    return it->second;
+}
+
+}  // namespace
+
 std::string format(Instant t, std::string_view pattern) {
+    if (const auto& parts = compiled(pattern))
+        if (auto text = formatCivil(t, *parts)) return *text;
+    return formatWithICU(t, pattern);
+}
+
+std::string formatWithICU(Instant t, std::string_view pattern) {
     icu::UnicodeString out;
     cached(pattern).format->format(instantToUDate(t), out);
     return toUtf8(out);

@@ -21,8 +21,13 @@ const icu::TimeZone& zone();
 
 // A new formatter: locale en_US_POSIX, the zero-offset zone, strict parsing.
 std::unique_ptr<icu::SimpleDateFormat> formatter(std::string_view pattern);
-// Formats with a per-thread cached formatter of that pattern.
+// Formats in the zero-offset zone, as ICU does in en_US_POSIX: the usual
+// fields (years, months and weekdays in English, days, hours, minutes,
+// seconds, AM/PM) by civil-date arithmetic, anything else with a per-thread
+// cached ICU formatter.
 std::string format(Instant t, std::string_view pattern);
+// Always with ICU: the reference the arithmetic is held to.
+std::string formatWithICU(Instant t, std::string_view pattern);
 // Parses the whole text with a per-thread cached formatter; none on failure.
 // A "yyyy" pattern refuses a year written with fewer than four digits.
 std::optional<Instant> parse(std::string_view text, std::string_view pattern);
