@@ -64,13 +64,20 @@ Json skippedJson(const ScanResult& scan) {
     return skipped;
 }
 
-// `value` as dump(2) writes it nested `depth` levels deep.
+// `value` as dump(2) writes it nested `depth` levels deep. Written in one
+// piece: a million items written a character at a time took seconds.
 void writeNested(std::ostream& out, const Json& value, int depth) {
-    std::string pad(static_cast<size_t>(depth) * 2, ' ');
-    for (char c : value.dump(2)) {
-        out << c;
-        if (c == '\n') out << pad;
+    std::string text = value.dump(2);
+    std::string lineStart = "\n" + std::string(static_cast<size_t>(depth) * 2, ' ');
+    std::string nested;
+    nested.reserve(text.size() + text.size() / 8);
+    size_t start = 0;
+    for (size_t end; (end = text.find('\n', start)) != std::string::npos; start = end + 1) {
+        nested.append(text, start, end - start);
+        nested += lineStart;
     }
+    nested.append(text, start);
+    out.write(nested.data(), static_cast<std::streamsize>(nested.size()));
 }
 
 }  // namespace
