@@ -162,7 +162,7 @@ std::optional<Evidence> email(std::string_view message, const std::string& fileI
     if (!date) return std::nullopt;
     // Headers should be ASCII; old mail programs wrote names in raw 8-bit,
     // nearly always ISO Latin-1.
-    auto header = [&](const std::string& name) {
+    auto header = [&headers = headers](const std::string& name) {
         std::string_view value = headerValue(headers, name);
         return decodeHeader(isValidUtf8(value) ? std::string(value) : latin1ToUtf8(value));
     };
