@@ -7,6 +7,9 @@
 #include <algorithm>
 #include <chrono>
 #include <exiv2/exiv2.hpp>
+#include <exiv2/matroskavideo.hpp>
+#include <exiv2/quicktimevideo.hpp>
+#include <exiv2/riffvideo.hpp>
 #include <memory>
 #include <tuple>
 #include <vips/vips8>
@@ -66,13 +69,22 @@ std::optional<std::string> textTag(const Exiv2::ExifData& exif, const char* key)
     return text;
 }
 
+// exiv2 also opens video containers, and its readers of them can loop for
+// ever on a damaged file (a QuickTime box that claims the wrong size). A
+// picture is never one; a video named like a picture gets no metadata.
+bool isVideoContainer(int imageType) {
+    constexpr int asf = 24;  // Exiv2::ImageType::asf, whose header needs exiv2's internal ones
+    using namespace Exiv2::ImageType;
+    return imageType == qtime || imageType == riff || imageType == mkv || imageType == asf;
+}
+
 // None when exiv2 does not know the format or the file is damaged beyond
 // reading; the pixel size may still come from the image decoder then.
 std::optional<Metadata> readMetadata(std::string_view bytes) {
     try {
         auto image = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte*>(bytes.data()),
                                                static_cast<long>(bytes.size()));
-        if (image.get() == nullptr) return std::nullopt;
+        if (image.get() == nullptr || isVideoContainer(image->imageType())) return std::nullopt;
         image->readMetadata();
         const Exiv2::ExifData& exif = image->exifData();
         Metadata m;
