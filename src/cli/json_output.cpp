@@ -1,6 +1,11 @@
 #include "cli/json_output.h"
 
+#include <charconv>
+#include <cmath>
+#include <sstream>
+
 #include "model/calendar.h"
+#include "model/text.h"
 
 namespace kinfolio::cli {
 
@@ -80,6 +85,148 @@ void writeNested(std::ostream& out, const Json& value, int depth) {
     out.write(nested.data(), static_cast<std::streamsize>(nested.size()));
 }
 
+// The items are written directly, as dump(2) would write their trees: building
+// a tree per item for a million items took seconds. Strings that are not valid
+// UTF-8, and numbers other than whole ones, are left to the library, so every
+// byte is still the library's.
+void appendString(std::string& out, std::string_view s) {
+    if (!isValidUtf8(s)) {
+        out += Json(std::string(s)).dump();
+        return;
+    }
+    static constexpr char kHex[] = "0123456789abcdef";
+    out += '"';
+    size_t plain = 0;
+    for (size_t i = 0; i < s.size(); ++i) {
+        auto c = static_cast<unsigned char>(s[i]);
+        if (c >= 0x20 && c != '"' && c != '\\') continue;
+        out.append(s, plain, i - plain);
+        plain = i + 1;
+        switch (c) {
+            case '"':
+                out += "\\\"";
+                break;
+            case '\\':
+                out += "\\\\";
+                break;
+            case '\b':
+                out += "\\b";
+                break;
+            case '\f':
+                out += "\\f";
+                break;
+            case '\n':
+                out += "\\n";
+                break;
+            case '\r':
+                out += "\\r";
+                break;
+            case '\t':
+                out += "\\t";
+                break;
+            default:
+                out += "\\u00";
+                out += kHex[c >> 4];
+                out += kHex[c & 0xF];
+        }
+    }
+    out.append(s, plain, s.size() - plain);
+    out += '"';
+}
+
+void appendNumber(std::string& out, double v) {
+    char buffer[32];
+    if (std::trunc(v) == v && std::fabs(v) < 1e15 && !(v == 0 && std::signbit(v))) {
+        auto end = std::to_chars(buffer, buffer + sizeof buffer, static_cast<int64_t>(v)).ptr;
+        out.append(buffer, end);
+        out += ".0";
+    } else {
+        out += Json(v).dump();
+    }
+}
+
+void appendNumber(std::string& out, int64_t v) {
+    char buffer[24];
+    out.append(buffer, std::to_chars(buffer, buffer + sizeof buffer, v).ptr);
+}
+
+void appendOptional(std::string& out, const std::optional<std::string>& v) {
+    if (v)
+        appendString(out, *v);
+    else
+        out += "null";
+}
+
+// One item as writeNested(toJson(item), depth) writes it.
+void appendItem(std::string& out, const Evidence& item, int depth) {
+    const std::string in(static_cast<size_t>(depth + 1) * 2, ' ');
+    const EvidenceDetails& details = item.details();
+    auto key = [&](const char* name) {
+        out += '\n';
+        out += in;
+        out += '"';
+        out += name;
+        out += "\": ";
+    };
+    out += '{';
+    key("id");
+    appendString(out, item.id());
+    out += ',';
+    key("kind");
+    appendString(out, rawValue(item.kind));
+    out += ',';
+    key("date");
+    appendNumber(out, item.date);
+    out += ',';
+    key("dateText");
+    appendString(out, Calendar::format(item.date, "yyyy-MM-dd HH:mm:ss"));
+    out += ',';
+    key("dateIsEstimated");
+    out += item.dateIsEstimated ? "true," : "false,";
+    key("sender");
+    appendString(out, item.sender);
+    out += ',';
+    key("text");
+    appendString(out, item.text);
+    out += ',';
+    key("fileID");
+    appendString(out, item.fileID.str());
+    out += ',';
+    key("position");
+    appendNumber(out, item.position);
+    out += ',';
+    key("imageURL");
+    appendOptional(out, details.imageURL);
+    out += ',';
+    key("attachmentName");
+    appendOptional(out, details.attachmentName);
+    out += ',';
+    key("attachmentID");
+    appendOptional(out, details.attachmentID);
+    out += ',';
+    key("textBoxes");
+    if (details.textBoxes.empty()) {
+        out += "[],";
+    } else {
+        Json boxes = toJson(item)["textBoxes"];
+        std::ostringstream nested;
+        writeNested(nested, boxes, depth + 1);
+        out += nested.str();
+        out += ',';
+    }
+    key("duration");
+    if (details.duration)
+        appendNumber(out, *details.duration);
+    else
+        out += "null";
+    out += ',';
+    key("heading");
+    appendString(out, details.heading);
+    out += '\n';
+    out.append(static_cast<size_t>(depth) * 2, ' ');
+    out += '}';
+}
+
 }  // namespace
 
 Json toJson(const Source& source) {
@@ -114,9 +261,14 @@ void writeJson(std::ostream& out, const ScanResult& scan) {
             out << ",";
         }
         out << "\n      \"items\": [";
+        std::string chunk;
         for (size_t k = 0; k < source.items.size(); ++k) {
-            out << (k ? ",\n        " : "\n        ");
-            writeNested(out, toJson(source.items[k]), 4);
+            chunk += k ? ",\n        " : "\n        ";
+            appendItem(chunk, source.items[k], 4);
+            if (chunk.size() >= (1 << 16) || k + 1 == source.items.size()) {
+                out.write(chunk.data(), static_cast<std::streamsize>(chunk.size()));
+                chunk.clear();
+            }
         }
         out << (source.items.empty() ? "]" : "\n      ]") << "\n    }";
     }
