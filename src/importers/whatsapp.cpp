@@ -6,6 +6,7 @@
 #include "importers/whatsapp_fast.h"
 #include "importers/whatsapp_forms.h"
 #include "importers/whatsapp_line.h"
+#include "model/parallel.h"
 #include "model/text.h"
 
 namespace kinfolio::Importer {
@@ -121,22 +122,32 @@ std::optional<Instant> messageDate(const std::string& stamp, DateOrder order) {
     return date(stamp, order);
 }
 
-ImportResult parseLines(std::string_view text, const std::string& fileID, DateOrder order,
-                        MappedFile* mapped) {
-    ImportResult result;
+// What one stretch of a chat reads as. Line numbers count from the
+// stretch's first line, and its first trouble ends it.
+struct Stretch {
+    std::vector<Evidence> items;
+    std::vector<int64_t> headerLines;
+    int64_t lines = 0;
+    const char* trouble = nullptr;  // the message, finished by " on line N."
+    int64_t troubleLine = 0;
+};
+
+Stretch parseStretch(std::string_view text, const SharedText& fileID, DateOrder order,
+                     MappedFile* mapped) {
+    Stretch out;
     // One message a line is the usual shape; reserving saves regrowing a
     // vector of a million items.
-    result.items.reserve(static_cast<size_t>(std::count(text.begin(), text.end(), '\n')) + 1);
-    const SharedText sharedID(fileID);
+    out.items.reserve(static_cast<size_t>(std::count(text.begin(), text.end(), '\n')) + 1);
     std::string cleaned, stamp, slowRest;
-    size_t start = 0, released = 0;
+    size_t start = 0;
+    const char* released = text.data();
     int64_t n = 0;
     while (start <= text.size()) {
         // A chat of a hundred megabytes and its million items would
         // otherwise be resident together.
-        if (mapped && start - released >= (1 << 20)) {
-            mapped->releaseBefore(text.data() + start);
-            released = start;
+        if (mapped && text.data() + start - released >= (1 << 20)) {
+            mapped->releaseBetween(released, text.data() + start);
+            released = text.data() + start;
         }
         size_t end = text.find('\n', start);
         bool last = end == std::string_view::npos;
@@ -162,9 +173,11 @@ ImportResult parseLines(std::string_view text, const std::string& fileID, DateOr
             }
         }
         if (rest) {
-            if (!when)
-                throw EvidenceError::invalid("Could not read the date on line " +
-                                             std::to_string(n) + ".");
+            if (!when) {
+                out.trouble = "Could not read the date";
+                out.troubleLine = n;
+                return out;
+            }
             Evidence e;
             e.date = *when;
             size_t colon = rest->find(": ");
@@ -178,20 +191,87 @@ ImportResult parseLines(std::string_view text, const std::string& fileID, DateOr
                 e.sender = mayEndInSpace ? trimWhitespace(sender) : std::string(sender);
                 e.text = rest->substr(colon + 2);
             }
-            e.fileID = sharedID;
+            e.fileID = fileID;
             e.position = n;
-            result.items.push_back(std::move(e));
+            out.items.push_back(std::move(e));
         } else if (dateLike(line)) {
-            throw EvidenceError::invalid("Unsupported timestamp on line " + std::to_string(n) +
-                                         ".");
-        } else if (!result.items.empty()) {
-            std::string& body = result.items.back().text;
+            out.trouble = "Unsupported timestamp";
+            out.troubleLine = n;
+            return out;
+        } else if (!out.items.empty()) {
+            std::string& body = out.items.back().text;
             body += '\n';
             body += line;
         } else if (!line.empty()) {
-            result.notes.push_back("Ignored header line " + std::to_string(n) + ".");
+            out.headerLines.push_back(n);
         }
         if (last) break;
+    }
+    out.lines = n;
+    return out;
+}
+
+// Where the chat may be cut so that each piece reads as it would in the
+// whole: at the start of a line that begins a message, so that no message
+// loses its continuation lines to the next piece. Below a megabyte one
+// piece is quicker than starting threads.
+std::vector<size_t> cutPoints(std::string_view text) {
+    constexpr size_t kSmallestPiece = 1 << 20;
+    size_t pieces = std::min<size_t>(Parallel::threads(), text.size() / kSmallestPiece);
+    std::vector<size_t> cuts{0};
+    std::string cleaned, stamp, rest;
+    for (size_t k = 1; k < pieces; ++k) {
+        size_t at = text.find('\n', std::max(k * text.size() / pieces, cuts.back()));
+        while (at != std::string_view::npos) {
+            ++at;
+            size_t end = std::min(text.find('\n', at), text.size());
+            std::string_view line = text.substr(at, end - at);
+            if (hasInvisibleMarks(line)) {
+                cleaned = withoutInvisibleMarks(line);
+                line = cleaned;
+            }
+            if (messageLine(line, stamp, rest)) break;
+            at = text.find('\n', at);
+        }
+        if (at == std::string_view::npos || at >= text.size()) break;
+        cuts.push_back(at);
+    }
+    cuts.push_back(text.size());
+    return cuts;
+}
+
+// A large chat is read in pieces on every core and joined in order; the
+// result is the one reading of the whole, line numbers included.
+ImportResult parseLines(std::string_view text, const std::string& fileID, DateOrder order,
+                        MappedFile* mapped) {
+    const SharedText sharedID(fileID);
+    std::vector<size_t> cuts = cutPoints(text);
+    std::vector<Stretch> stretches(cuts.size() - 1);
+    Parallel::forEach(stretches.size(), [&](size_t k) {
+        stretches[k] =
+            parseStretch(text.substr(cuts[k], cuts[k + 1] - cuts[k]), sharedID, order, mapped);
+    });
+
+    ImportResult result;
+    size_t total = 0;
+    for (const auto& s : stretches)
+        total += s.items.size();
+    result.items.reserve(total);
+    int64_t before = 0;  // lines in the earlier pieces
+    for (auto& s : stretches) {
+        if (s.trouble)
+            throw EvidenceError::invalid(std::string(s.trouble) + " on line " +
+                                         std::to_string(before + s.troubleLine) + ".");
+        for (int64_t line : s.headerLines)
+            result.notes.push_back("Ignored header line " + std::to_string(before + line) + ".");
+        for (auto& e : s.items) {
+            e.position += before;
+            result.items.push_back(std::move(e));
+        }
+        s.items = {};
+        // Every piece but the last ends with its line break, which the
+        // reading counts as the start of one more, empty line.
+        before += s.lines - 1;
     }
     if (result.items.empty()) throw EvidenceError::invalid("No WhatsApp messages found.");
     return result;

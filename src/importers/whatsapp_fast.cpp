@@ -3,10 +3,13 @@
 #include <unicode/uchar.h>
 #include <unicode/utf8.h>
 
+#include <algorithm>
 #include <chrono>
+#include <vector>
 
 #include "importers/dates.h"
 #include "model/calendar.h"
+#include "model/parallel.h"
 
 namespace kinfolio::Importer::fast {
 
@@ -239,18 +242,25 @@ std::optional<Instant> timestamp(std::string_view s, DateOrder order) {
     return Calendar::makeDate(year, month, day, hour, minute, second);
 }
 
-std::optional<std::optional<DateOrder>> detectOrder(std::string_view text) {
+namespace {
+
+// What the dates at the line starts of one piece of a chat say.
+struct OrderClues {
+    bool unsure = false, any = false, dayFirst = false, monthFirst = false;
+};
+
+OrderClues orderClues(std::string_view text) {
+    OrderClues clues;
     // "^" of the expression also follows \v, \f, U+0085, U+2028 and U+2029;
     // texts holding those are left to it.
     bool hasCarriageReturn = false;
     for (size_t i = 0; i < text.size(); ++i) {
         auto b = static_cast<unsigned char>(text[i]);
         if ((b < 0x0E || b >= 0xC2) && isLineTerminatorAt(text, i)) {
-            if (b != '\r') return std::nullopt;
+            if (b != '\r') return {true};
             hasCarriageReturn = true;
         }
     }
-    bool any = false, dayFirst = false, monthFirst = false;
     size_t start = 0;
     while (start <= text.size()) {
         Cursor c{text.substr(start, std::min<size_t>(16, text.size() - start))};
@@ -263,17 +273,17 @@ std::optional<std::optional<DateOrder>> detectOrder(std::string_view text) {
         ok = ok && c.digits(1, 2);
         size_t b1 = c.i;
         ok = ok && c.oneOf("/.-") && c.peek() == Kind::digit && (++c.i, c.peek() == Kind::digit);
-        if (c.unsure) return std::nullopt;
+        if (c.unsure) return {true};
         if (ok) {
             int a = 0, b = 0;
             number(c.s, a0, a1, a);
             number(c.s, b0, b1, b);
-            any = true;
+            clues.any = true;
             if (a > 12) {
-                dayFirst = true;
-                if (b > 12) monthFirst = true;
+                clues.dayFirst = true;
+                if (b > 12) clues.monthFirst = true;
             } else if (b >= 13) {
-                monthFirst = true;
+                clues.monthFirst = true;
             }
         }
         size_t next =
@@ -281,8 +291,36 @@ std::optional<std::optional<DateOrder>> detectOrder(std::string_view text) {
         if (next == std::string_view::npos) break;
         start = next + 1;
     }
-    if (!any || dayFirst == monthFirst) return std::optional<DateOrder>();
-    return std::optional<DateOrder>(dayFirst ? DateOrder::dayFirst : DateOrder::monthFirst);
+    return clues;
+}
+
+}  // namespace
+
+std::optional<std::optional<DateOrder>> detectOrder(std::string_view text) {
+    // Lines are independent, so a large chat is looked at in pieces cut
+    // after a line break, on every core.
+    constexpr size_t kSmallestPiece = 1 << 20;
+    size_t count = std::clamp<size_t>(text.size() / kSmallestPiece, 1, Parallel::threads());
+    std::vector<size_t> cuts{0};
+    for (size_t k = 1; k < count; ++k) {
+        size_t at = text.find('\n', std::max(k * text.size() / count, cuts.back()));
+        if (at == std::string_view::npos) break;
+        cuts.push_back(at + 1);
+    }
+    cuts.push_back(text.size());
+    std::vector<OrderClues> pieces(cuts.size() - 1);
+    Parallel::forEach(pieces.size(), [&](size_t k) {
+        pieces[k] = orderClues(text.substr(cuts[k], cuts[k + 1] - cuts[k]));
+    });
+    OrderClues all;
+    for (const auto& p : pieces) {
+        if (p.unsure) return std::nullopt;
+        all.any |= p.any;
+        all.dayFirst |= p.dayFirst;
+        all.monthFirst |= p.monthFirst;
+    }
+    if (!all.any || all.dayFirst == all.monthFirst) return std::optional<DateOrder>();
+    return std::optional<DateOrder>(all.dayFirst ? DateOrder::dayFirst : DateOrder::monthFirst);
 }
 
 }  // namespace kinfolio::Importer::fast

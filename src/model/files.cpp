@@ -200,11 +200,17 @@ bool MappedFile::changed() const {
 }
 
 void MappedFile::releaseBefore(const char* end) {
-    auto at = reinterpret_cast<uintptr_t>(end), start = reinterpret_cast<uintptr_t>(data_);
-    if (!mapped_ || at <= start || at > start + size_) return;
+    releaseBetween(data_, end);
+}
+
+void MappedFile::releaseBetween(const char* from, const char* to) {
+    auto first = reinterpret_cast<uintptr_t>(from), last = reinterpret_cast<uintptr_t>(to);
+    auto start = reinterpret_cast<uintptr_t>(data_);
+    if (!mapped_ || first < start || last > start + size_ || last <= first) return;
     static const size_t page = static_cast<size_t>(::sysconf(_SC_PAGESIZE));
-    size_t length = (at - start) / page * page;
-    if (length > 0) ::madvise(const_cast<char*>(data_), length, MADV_DONTNEED);
+    uintptr_t begin = start + (first - start + page - 1) / page * page;
+    uintptr_t end = start + (last - start) / page * page;
+    if (end > begin) ::madvise(reinterpret_cast<void*>(begin), end - begin, MADV_DONTNEED);
 }
 
 size_t MappedFile::readableSlack() const {

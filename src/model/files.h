@@ -33,6 +33,9 @@ public:
     // are not in memory together. Does nothing for a file read into memory
     // or a pointer elsewhere.
     void releaseBefore(const char* end);
+    // The same for the whole pages in [from, to): readers of separate pieces
+    // of one file each let go of their own.
+    void releaseBetween(const char* from, const char* to);
     // Whether the file changed while it was read: it shrank under the
     // mapping (the missing pages then read as zeros instead of stopping the
     // process with SIGBUS), or its size or modification time differ from

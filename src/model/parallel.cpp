@@ -1,0 +1,60 @@
+#include "model/parallel.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstdlib>
+#include <exception>
+#include <string>
+#include <system_error>
+#include <thread>
+#include <vector>
+
+namespace kinfolio::Parallel {
+
+namespace {
+std::atomic<unsigned> chosen{0};
+}
+
+unsigned threads() {
+    if (unsigned n = chosen.load(std::memory_order_relaxed)) return n;
+    if (const char* env = std::getenv("KINFOLIO_THREADS")) {
+        char* end = nullptr;
+        long n = std::strtol(env, &end, 10);
+        if (end != env && *end == '\0' && n >= 1) return static_cast<unsigned>(std::min(n, 256L));
+    }
+    return std::max(1u, std::thread::hardware_concurrency());
+}
+
+void setThreads(unsigned count) {
+    chosen.store(count, std::memory_order_relaxed);
+}
+
+void forEach(size_t count, const std::function<void(size_t)>& work) {
+    std::vector<std::exception_ptr> errors(count);
+    std::atomic<size_t> next{0};
+    auto run = [&] {
+        for (size_t i; (i = next.fetch_add(1)) < count;) {
+            try {
+                work(i);
+            } catch (...) {
+                errors[i] = std::current_exception();
+            }
+        }
+    };
+    size_t helpers = std::min<size_t>(threads(), count);
+    std::vector<std::thread> pool;
+    for (size_t t = 1; t < helpers; ++t) {
+        try {
+            pool.emplace_back(run);
+        } catch (const std::system_error&) {
+            break;  // no more threads to be had: fewer do the same work
+        }
+    }
+    run();
+    for (auto& t : pool)
+        t.join();
+    for (auto& e : errors)
+        if (e) std::rethrow_exception(e);
+}
+
+}  // namespace kinfolio::Parallel

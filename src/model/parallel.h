@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+
+// Work spread over the machine's cores. Results never depend on how many
+// threads ran: each piece of work writes only its own slot, and callers join
+// the slots in order.
+namespace kinfolio::Parallel {
+
+// How many threads work at once: KINFOLIO_THREADS when it is set to a number
+// from 1 up, else one per core.
+unsigned threads();
+// Overrides threads() for this process; 0 goes back to the default.
+void setThreads(unsigned count);
+
+// Runs work(i) for every i in [0, count), on up to threads() threads with the
+// calling one among them, and returns when all are done. An exception is
+// rethrown after every piece has finished: the one of the lowest i.
+void forEach(size_t count, const std::function<void(size_t)>& work);
+
+}  // namespace kinfolio::Parallel

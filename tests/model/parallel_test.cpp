@@ -1,0 +1,61 @@
+#include "model/parallel.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace kinfolio {
+namespace {
+
+TEST(Parallel, EveryPieceRunsOnceAndTheFirstFailureIsRethrown) {
+    for (unsigned threads : {1u, 2u, 8u}) {
+        Parallel::setThreads(threads);
+        for (size_t count : {0, 1, 5, 1000}) {
+            SCOPED_TRACE(std::to_string(threads) + " threads, " + std::to_string(count));
+            std::vector<std::atomic<int>> runs(count);
+            Parallel::forEach(count, [&](size_t i) { ++runs[i]; });
+            for (size_t i = 0; i < count; ++i)
+                EXPECT_EQ(runs[i], 1) << i;
+        }
+        // Every piece still runs; the lowest failing index is the one reported.
+        std::atomic<int> ran{0};
+        try {
+            Parallel::forEach(50, [&](size_t i) {
+                ++ran;
+                if (i == 7 || i == 30) throw std::runtime_error("piece " + std::to_string(i));
+            });
+            ADD_FAILURE() << "no exception";
+        } catch (const std::runtime_error& e) {
+            EXPECT_STREQ(e.what(), "piece 7");
+        }
+        EXPECT_EQ(ran, 50);
+    }
+    Parallel::setThreads(0);
+}
+
+TEST(Parallel, ThreadsComeFromTheEnvironmentWhenItHoldsACount) {
+    const unsigned cores = std::max(1u, std::thread::hardware_concurrency());
+    struct Case {
+        const char* value;
+        unsigned expected;
+    } cases[] = {{"3", 3},       {"1", 1},      {"0", cores}, {"-2", cores},
+                 {"two", cores}, {"4x", cores}, {"", cores}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.value);
+        ::setenv("KINFOLIO_THREADS", c.value, 1);
+        EXPECT_EQ(Parallel::threads(), c.expected);
+    }
+    Parallel::setThreads(5);
+    EXPECT_EQ(Parallel::threads(), 5u);  // an explicit choice wins
+    Parallel::setThreads(0);
+    ::unsetenv("KINFOLIO_THREADS");
+    EXPECT_EQ(Parallel::threads(), cores);
+}
+
+}  // namespace
+}  // namespace kinfolio
