@@ -122,10 +122,11 @@ std::optional<Instant> messageDate(const std::string& stamp, DateOrder order) {
     return date(stamp, order);
 }
 
-// What one stretch of a chat reads as. Line numbers count from the
-// stretch's first line, and its first trouble ends it.
+// What one stretch of a chat reads as: its items are in the slots it was
+// given, one per line at most. Line numbers count from the stretch's first
+// line, and its first trouble ends it.
 struct Stretch {
-    std::vector<Evidence> items;
+    size_t items = 0;
     std::vector<int64_t> headerLines;
     int64_t lines = 0;
     const char* trouble = nullptr;  // the message, finished by " on line N."
@@ -133,11 +134,8 @@ struct Stretch {
 };
 
 Stretch parseStretch(std::string_view text, const SharedText& fileID, DateOrder order,
-                     MappedFile* mapped) {
+                     MappedFile* mapped, Evidence* slots) {
     Stretch out;
-    // One message a line is the usual shape; reserving saves regrowing a
-    // vector of a million items.
-    out.items.reserve(static_cast<size_t>(std::count(text.begin(), text.end(), '\n')) + 1);
     std::string cleaned, stamp, slowRest;
     size_t start = 0;
     const char* released = text.data();
@@ -193,13 +191,13 @@ Stretch parseStretch(std::string_view text, const SharedText& fileID, DateOrder 
             }
             e.fileID = fileID;
             e.position = n;
-            out.items.push_back(std::move(e));
+            slots[out.items++] = std::move(e);
         } else if (dateLike(line)) {
             out.trouble = "Unsupported timestamp";
             out.troubleLine = n;
             return out;
-        } else if (!out.items.empty()) {
-            std::string& body = out.items.back().text;
+        } else if (out.items > 0) {
+            std::string& body = slots[out.items - 1].text;
             body += '\n';
             body += line;
         } else if (!line.empty()) {
@@ -241,38 +239,51 @@ std::vector<size_t> cutPoints(std::string_view text) {
 }
 
 // A large chat is read in pieces on every core and joined in order; the
-// result is the one reading of the whole, line numbers included.
+// result is the one reading of the whole, line numbers included. Each piece
+// fills its own stretch of one vector, a slot for each of its lines, so a
+// million items are never held twice while the pieces are joined.
 ImportResult parseLines(std::string_view text, const std::string& fileID, DateOrder order,
                         MappedFile* mapped) {
     const SharedText sharedID(fileID);
     std::vector<size_t> cuts = cutPoints(text);
-    std::vector<Stretch> stretches(cuts.size() - 1);
-    Parallel::forEach(stretches.size(), [&](size_t k) {
-        stretches[k] =
-            parseStretch(text.substr(cuts[k], cuts[k + 1] - cuts[k]), sharedID, order, mapped);
+    size_t pieces = cuts.size() - 1;
+    std::vector<size_t> firstSlot(pieces + 1, 0);
+    Parallel::forEach(pieces, [&](size_t k) {
+        auto from = text.begin() + static_cast<ptrdiff_t>(cuts[k]);
+        auto to = text.begin() + static_cast<ptrdiff_t>(cuts[k + 1]);
+        firstSlot[k + 1] = static_cast<size_t>(std::count(from, to, '\n')) + 1;
     });
+    for (size_t k = 0; k < pieces; ++k)
+        firstSlot[k + 1] += firstSlot[k];
 
     ImportResult result;
-    size_t total = 0;
-    for (const auto& s : stretches)
-        total += s.items.size();
-    result.items.reserve(total);
+    result.items.resize(firstSlot[pieces]);
+    std::vector<Stretch> stretches(pieces);
+    Parallel::forEach(pieces, [&](size_t k) {
+        stretches[k] = parseStretch(text.substr(cuts[k], cuts[k + 1] - cuts[k]), sharedID, order,
+                                    mapped, result.items.data() + firstSlot[k]);
+    });
+
+    size_t filled = 0;
     int64_t before = 0;  // lines in the earlier pieces
-    for (auto& s : stretches) {
+    for (size_t k = 0; k < pieces; ++k) {
+        const Stretch& s = stretches[k];
         if (s.trouble)
             throw EvidenceError::invalid(std::string(s.trouble) + " on line " +
                                          std::to_string(before + s.troubleLine) + ".");
         for (int64_t line : s.headerLines)
             result.notes.push_back("Ignored header line " + std::to_string(before + line) + ".");
-        for (auto& e : s.items) {
+        for (size_t i = 0; i < s.items; ++i) {
+            Evidence& e = result.items[firstSlot[k] + i];
             e.position += before;
-            result.items.push_back(std::move(e));
+            if (filled != firstSlot[k] + i) result.items[filled] = std::move(e);
+            ++filled;
         }
-        s.items = {};
         // Every piece but the last ends with its line break, which the
         // reading counts as the start of one more, empty line.
         before += s.lines - 1;
     }
+    result.items.resize(filled);
     if (result.items.empty()) throw EvidenceError::invalid("No WhatsApp messages found.");
     return result;
 }
