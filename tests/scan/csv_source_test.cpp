@@ -15,7 +15,7 @@ TEST(CsvSource, ChatSpreadsheetIsNamedAfterItsFileAndReadInItsDateOrder) {
         const char* name;
         std::string csv;
         DateOrder order;
-        std::string detail, first, note;
+        std::string detail, first, note = "";
     } cases[] = {
         {"only day first", h + "14/06/2025 09:15,Sam Lee,Hi\n14/07/2025 09:16,Alex Morgan,Hello\n",
          DateOrder::automatic, "2 messages · Jun 2025 – Jul 2025", "2025-06-14 09:15 Sam Lee: Hi"},
