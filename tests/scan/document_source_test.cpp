@@ -30,7 +30,7 @@ TEST(DocumentSource, DatesAndSortsEveryDocument) {
          {"notes.PDF", "Meeting notes, not a PDF\n"}});
     EXPECT_EQ(testing::shown(r),
               (std::vector<std::string>{
-                  "Lease_2024.pdf | Documents | 5 documents · May 2024 – Mar 2025",
+                  "Booking.pdf | Documents | 5 documents · May 2024 – Mar 2025",
                   "Locked.pdf | PDF could not be opened (it may be password protected).",
                   "empty.pdf | The file is empty. Copy it again from where it came from.",
                   "notes.PDF | PDF could not be opened (it may be password protected)."}));

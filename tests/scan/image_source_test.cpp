@@ -19,8 +19,8 @@ TEST(ImageSource, SortsImagesIntoPhotosAndScreenshotsWithTheirDates) {
               {"empty.heic", ""}});
     EXPECT_EQ(testing::shown(r),
               (std::vector<std::string>{
-                  "IMG_20250412_160000.jpg | Photos | 2 photos · Mar 2024 – Apr 2025",
                   "Screenshot 2025-04-12 at 16.00.00.png | Screenshots | 1 screenshot · Apr 2025",
+                  "camera.jpg | Photos | 2 photos · Mar 2024 – Apr 2025",
                   "empty.heic | The file is empty. Copy it again from where it came from.",
                   "notes.jpg | Image could not be opened."}));
     const Source* photos = testing::sourceNamed(r, "Photos");

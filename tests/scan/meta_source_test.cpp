@@ -46,7 +46,7 @@ TEST(MetaSource, MessageFilesOfOneFolderMakeOneSource) {
     EXPECT_EQ(s.files[2].path, "facebook-sam/" + kPhotoUri);
     // In date order, each item naming its own file.
     EXPECT_EQ(testing::itemLines(s),
-              (std::vector<std::string>{"2025-06-03 09:00 Sam Lee: Sam started a video chat.",
+              (std::vector<std::string>{"2025-06-03 09:00 Sam Lee: Call",
                                         "2025-06-04 16:00 Alex Morgan: Landed!",
                                         "2025-06-04 16:30 Sam Lee: "}));
     EXPECT_EQ(s.items[0].kind, ItemKind::call);
@@ -76,7 +76,7 @@ TEST(MetaSource, DamagedPartsAreSkippedAndTheRestIsKept) {
           R"({"participants": [{"name": "Kim"}], "messages": {"sender_name": "Kim"}})"}});
     EXPECT_EQ(testing::shown(r),
               (std::vector<std::string>{
-                  "inbox/sam/message_2.json | Sam Lee | Messenger · 1 call · Jun 2025",
+                  "inbox/sam/message_2.json | Sam Lee | Messenger · 0 messages · 1 call · Jun 2025",
                   "inbox/kim/message_1.json | Not a Messenger or Instagram message file.",
                   "inbox/sam/message_1.json | The JSON text is damaged: it stops in the middle, "
                   "so the file was probably cut short."}));

@@ -62,8 +62,8 @@ TEST(QuillorySource, OnlyTheReportMakesAnExportAndARefusalIsOneSkippedFile) {
               (std::vector<std::string>{
                   "a/messages.csv | Sam | 1 message · Jun 2025",
                   "b/messages.csv | Alex | 1 message · Jun 2025",
-                  "b/verification.txt | Text file that is not a chat export.",
-                  "Sam/messages.csv | Looks like a Quillory export, but: CSV has no messages."}));
+                  "Sam/messages.csv | Looks like a Quillory export, but: CSV has no messages.",
+                  "b/verification.txt | Text file that is not a chat export."}));
 }
 
 }  // namespace

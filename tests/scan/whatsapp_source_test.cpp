@@ -73,20 +73,19 @@ TEST(WhatsAppSource, AttachmentsAreClaimedOnlyInsideTheExport) {
                               {"chat/_chat.txt",
                                "[05/01/2025, 09:00:00] Sam Lee: <attached: "
                                "../outside.jpg>\n"},
-                              {"outside.jpg", kPhoto},
+                              {"outside.jpg", kPhoto + " outside"},
                               // The title line is no message; both dashes are read.
                               {"WhatsApp Chat with Sam Lee.txt",
                                "WhatsApp Chat with Sam Lee\n5/1/25, 9:04\u202FPM - Sam Lee: "
                                "hi\n5/1/25, 9:05 PM \u2013 Alex: hello\n"}},
                              DateOrder::monthFirst);
-    EXPECT_EQ(shown(r),
-              (std::vector<std::string>{
-                  "WhatsApp Chat with Sam Lee.txt | Sam Lee | WhatsApp · 2 messages · "
-                  "May 2025",
-                  "c/Sam.txt | Sam | WhatsApp · 3 messages · May 2025",
-                  "chat/_chat.txt | chat | WhatsApp · 1 message · May 2025",
-                  "trip/Sam.txt | Sam Lee & Alex Morgan | WhatsApp · 2 messages · May 2025",
-                  "outside.jpg | Image could not be opened."}));
+    EXPECT_EQ(shown(r), (std::vector<std::string>{
+                            "WhatsApp Chat with Sam Lee.txt | Sam Lee | WhatsApp · 2 messages · "
+                            "May 2025",
+                            "c/Sam.txt | Sam | WhatsApp · 3 messages · May 2025",
+                            "chat/_chat.txt | chat | WhatsApp · 1 message · May 2025",
+                            "trip/Trip.txt | Trip | WhatsApp · 2 messages · May 2025",
+                            "outside.jpg | Image could not be opened."}));
     const Source* plain = sourceNamed(r, "Sam");
     ASSERT_EQ(plain->items.size(), 3u);
     EXPECT_EQ(plain->items[0].details().attachmentName, "missing.jpg");
