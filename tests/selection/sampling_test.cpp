@@ -123,6 +123,7 @@ TEST(WithContext, AddsTheNeighboursInTheFile) {
         {"across months", twoFiles, idsAt("a", {2}), idsAt("a", {1, 2, 3})},
         // b:1's successor in its file is b:3, two positions on; a's lines are no kin.
         {"never across files", twoFiles, {"b:1"}, {"b:1", "b:3"}},
+        {"never across files, forwards", twoFiles, {"a:3"}, {"a:2", "a:3"}},
         {"positions, not dates: first", byPosition, {"f:10"}, {"f:10", "f:20"}},
         {"positions, not dates: last", byPosition, {"f:30"}, {"f:20", "f:30"}},
         {"ids naming no item", ten, {"gone:5", "f:0"}, {"f:0", "f:1", "gone:5"}},

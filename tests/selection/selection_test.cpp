@@ -178,7 +178,7 @@ TEST(Selected, CorrectsTheProposalByHand) {
         source(SourceKind::whatsapp, "z",
                {message("zz", 5, t), message("zz", 2, t), message("zz", 9, t - 60)});
     const Source document =
-        source(SourceKind::documents, "docs", {item(ItemKind::document, "aa", 1, t)});
+        source(SourceKind::documents, "docs", {item(ItemKind::document, "aa", 7, t)});
     const struct Case {
         const char* name;
         std::vector<Source> sources;
@@ -196,7 +196,7 @@ TEST(Selected, CorrectsTheProposalByHand) {
          0,
          {},
          {},
-         {"zz:9", "aa:1", "zz:2", "zz:5"}},
+         {"zz:9", "aa:7", "zz:2", "zz:5"}},
         {"ids not written as item ids",
          {chat},
          1,
