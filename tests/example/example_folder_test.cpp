@@ -121,9 +121,9 @@ TEST_F(ExampleFolderTest, EveryExportIsReadWithoutASkippedFileOrANote) {
 }
 
 // The chats show what their formats can: an iPhone chat of about fourteen
-// months, written day first, with two linked photos and a message over
-// several lines; an Android chat opening with a system line; a Telegram
-// account with two calls; a LINE chat with its day headers.
+// months with two linked photos and a message over several lines; an
+// Android chat written day first and opening with a system line; a Telegram
+// account with two calls; a LINE chat under its history header.
 TEST_F(ExampleFolderTest, TheChatsShowWhatTheirFormatsCan) {
     const Source& iphone = source(SourceKind::whatsapp, "Jonas Berg");
     auto range = iphone.dateRange();
