@@ -2,9 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <sys/resource.h>
-
-#include <csignal>
 #include <filesystem>
 #include <functional>
 #include <map>
@@ -15,6 +12,7 @@
 #include "scan/scanner.h"
 #include "support/evidence_error.h"
 #include "support/fake_services.h"
+#include "support/full_disk.h"
 #include "support/pdf_reader.h"
 #include "support/temp_folder.h"
 
@@ -138,27 +136,6 @@ TEST(ExportJobTest, AChineseChatSplitsIntoPartsUnderTheLimitNumberedOn) {
     EXPECT_EQ(page, result.pageCount);
 }
 
-// A full disk, as the system reports it to a process over its file size
-// limit, for the life of the object.
-class FileSizeLimit {
-public:
-    explicit FileSizeLimit(rlim_t bytes) {
-        ::getrlimit(RLIMIT_FSIZE, &saved_);
-        rlimit limit = saved_;
-        limit.rlim_cur = bytes;
-        ::setrlimit(RLIMIT_FSIZE, &limit);
-        previous_ = std::signal(SIGXFSZ, SIG_IGN);  // the write fails with EFBIG instead
-    }
-    ~FileSizeLimit() {
-        ::setrlimit(RLIMIT_FSIZE, &saved_);
-        std::signal(SIGXFSZ, previous_);
-    }
-
-private:
-    rlimit saved_{};
-    void (*previous_)(int) = nullptr;
-};
-
 // However an export fails, the files already at the target keep their bytes
 // and nothing is left beside them; a successful one replaces the file whole.
 TEST(ExportJobTest, AFailedExportChangesNothingAndASuccessfulOneReplacesTheFile) {
@@ -211,7 +188,7 @@ TEST(ExportJobTest, AFailedExportChangesNothingAndASuccessfulOneReplacesTheFile)
         AppServices s = services;
         Settings settings = Settings::defaults();
         failure.set(s, settings);
-        FileSizeLimit full(64 * 1024);
+        testing::FileSizeLimit full(64 * 1024);
         EXPECT_EQ(testing::errorOf([&] { ExportJob::run(s, scan, settings, target); }),
                   failure.reason)
             << failure.name;

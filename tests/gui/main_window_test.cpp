@@ -1,7 +1,6 @@
 #include "gui/main_window.h"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <time.h>
 #include <unistd.h>
 #include <QAbstractButton>
@@ -21,9 +20,9 @@
 #include <QTimer>
 
 #include <atomic>
-#include <csignal>
 #include <filesystem>
 #include <iostream>
+#include <optional>
 
 #include "example/example_folder.h"
 #include "gui/item_picker.h"
@@ -32,6 +31,7 @@
 #include "gui/settings_panel.h"
 #include "gui/sources_panel.h"
 #include "model/calendar.h"
+#include "support/full_disk.h"
 #include "support/pdf_reader.h"
 #include "support/temp_folder.h"
 
@@ -280,21 +280,12 @@ TEST_F(MainWindowTest, BadInputGetsASentenceNeverACrash) {
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.target);
-        rlimit before{};
-        getrlimit(RLIMIT_FSIZE, &before);
-        auto restore = [&] {
-            setrlimit(RLIMIT_FSIZE, &before);
-            signal(SIGXFSZ, SIG_DFL);
-        };
-        if (c.fullDisk) {
-            signal(SIGXFSZ, SIG_IGN);
-            rlimit small{4096, before.rlim_max};
-            setrlimit(RLIMIT_FSIZE, &small);
-        }
+        std::optional<testing::FileSizeLimit> full;
+        if (c.fullDisk) full.emplace(4096);
         answerFileDialog(QString::fromStdString(c.target));
         window->exportWithDialog();
         bool done = idle();
-        restore();
+        full.reset();
         ASSERT_TRUE(done);
         ASSERT_TRUE(QTest::qWaitFor([&] { return window->alert()->isVisible(); }));
         EXPECT_EQ(window->alert()->text().toStdString().rfind(c.starts, 0), 0u)
