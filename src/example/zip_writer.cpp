@@ -51,15 +51,19 @@ std::string rawDeflate(const std::string& data) {
     return out;
 }
 
-std::string archive(const std::vector<Entry>& entries) {
+std::string archive(const std::vector<Entry>& entries, const std::string& comment) {
     if (entries.size() > 0xffff)
         throw EvidenceError::invalid("The ZIP archive has too many files.");
+    if (comment.size() > 0xffff)
+        throw EvidenceError::invalid("The ZIP archive's comment is too long.");
     std::string out, directory;
     for (const auto& entry : entries) {
         uint32_t crc = static_cast<uint32_t>(crc32(
             0, reinterpret_cast<const Bytef*>(entry.data.data()), checked32(entry.data.size())));
-        std::string body = entry.deflate ? rawDeflate(entry.data) : entry.data;
-        uint16_t method = entry.deflate ? 8 : 0;
+        bool deflate = entry.deflate && !entry.rawMethod;
+        std::string body = deflate ? rawDeflate(entry.data) : entry.data;
+        uint16_t method = entry.rawMethod.value_or(deflate ? 8 : 0);
+        uint32_t size = entry.declaredSize.value_or(checked32(entry.data.size()));
         uint32_t offset = checked32(out.size());
 
         auto common = [&](std::string& record) {
@@ -70,7 +74,7 @@ std::string archive(const std::vector<Entry>& entries) {
             put16(record, kDosDate);
             put32(record, crc);
             put32(record, checked32(body.size()));
-            put32(record, checked32(entry.data.size()));
+            put32(record, size);
             put16(record, static_cast<uint32_t>(entry.path.size()));
             put16(record, 0);  // extra field length
         };
@@ -98,7 +102,8 @@ std::string archive(const std::vector<Entry>& entries) {
     put16(out, static_cast<uint32_t>(entries.size()));
     put32(out, checked32(directory.size()));
     put32(out, directoryOffset);
-    put16(out, 0);  // comment length
+    put16(out, static_cast<uint32_t>(comment.size()));
+    out += comment;
     checked32(out.size());
     return out;
 }

@@ -5,8 +5,11 @@
 #include <filesystem>
 #include <fstream>
 
+#include "app/export_job.h"
 #include "model/json.h"
+#include "scan/scanner.h"
 #include "support/fake_services.h"
+#include "support/pdf_reader.h"
 #include "support/temp_folder.h"
 
 namespace kinfolio {
@@ -15,29 +18,36 @@ namespace {
 namespace fs = std::filesystem;
 using testing::readFile;
 
+// The defaults, their date range (from today) taken from what the model shows.
+Settings defaultsAsShown(const Settings& shown) {
+    Settings settings = Settings::defaults();
+    settings.rangeStart = shown.rangeStart;
+    settings.rangeEnd = shown.rangeEnd;
+    return settings;
+}
+
+bool contains(const Selection::ItemRefs& items, const Evidence& item) {
+    return std::any_of(items.begin(), items.end(), [&](const Evidence* e) { return *e == item; });
+}
+
 // The model's own logic (timing, staleness, storage, export writing) with
-// instant stand-ins for scanning and rendering; the whole flow with the real
-// readers and PDF writer is in app_model_workflow_test.cpp.
+// instant stand-ins for scanning and rendering, and the whole road a user
+// takes with the real scanner, selection and PDF writer.
 class AppModelTest : public ::testing::Test {
 protected:
-    void SetUp() override {
-        fs::create_directories(root.path() + "/materials");
-        fs::create_directories(root.path() + "/out");
-        folder = root.path() + "/materials";
-        log = std::make_shared<testing::FakeLog>();
-    }
+    void SetUp() override { fs::create_directories(folder); }
 
     SettingsStore store() const { return SettingsStore(root.path() + "/config/settings.json"); }
-    std::string out(const std::string& name) const { return root.path() + "/out/" + name; }
+    std::string out(const std::string& name) const { return root.path() + "/" + name; }
 
-    std::unique_ptr<AppModel> makeModel(size_t messages = 20) {
-        return makeModel(testing::fakeServices(log, messages));
-    }
     std::unique_ptr<AppModel> makeModel(AppServices services) {
         auto model = std::make_unique<AppModel>(executor, std::move(services), store());
         model->observe([this] { ++notifications; });
         model->start();
         return model;
+    }
+    std::unique_ptr<AppModel> makeModel(size_t messages = 20) {
+        return makeModel(testing::fakeServices(log, messages));
     }
     // A model with the folder chosen, scanned and its first preview rendered.
     std::unique_ptr<AppModel> readyModel(AppServices services) {
@@ -47,9 +57,10 @@ protected:
         return model;
     }
 
+    testing::ScopedCacheHome cache;
     testing::TempFolder root;
-    std::string folder;
-    std::shared_ptr<testing::FakeLog> log;
+    std::string folder = root.path() + "/materials";
+    std::shared_ptr<testing::FakeLog> log = std::make_shared<testing::FakeLog>();
     ManualExecutor executor;
     int notifications = 0;
 };
@@ -60,14 +71,7 @@ TEST_F(AppModelTest, FirstStartShowsDefaultsAndWritesNothing) {
     EXPECT_EQ(s.phase, Phase::needsFolder);
     EXPECT_FALSE(s.folder);
     EXPECT_FALSE(s.scan);
-    EXPECT_EQ(s.settings.title, "Relationship evidence");
-    EXPECT_EQ(s.settings.messagesPerMonth, 5);
-    EXPECT_EQ(s.settings.photosPerMonth, 0);
-    EXPECT_EQ(s.settings.paper, PaperSize::a4);
-    EXPECT_EQ(s.settings.arrangement, Arrangement::byDate);
-    EXPECT_EQ(s.settings.maxFileMB, 0);
-    EXPECT_EQ(s.settings.dateOrder, DateOrder::automatic);
-    EXPECT_EQ(s.settings.timeZoneID, currentTimeZoneID());
+    EXPECT_EQ(s.settings, defaultsAsShown(s.settings));
     EXPECT_FALSE(fs::exists(store().path()));
     EXPECT_EQ(log->scans, 0);
 }
@@ -81,8 +85,6 @@ TEST_F(AppModelTest, ThePreviewWaitsAQuarterSecondAndABurstOfEditsRendersOnce) {
     executor.drain();
     EXPECT_EQ(s.phase, Phase::ready);
     EXPECT_FALSE(s.previewPDF);
-    EXPECT_FALSE(s.isRenderingPreview);
-
     executor.advance(0.24);
     EXPECT_FALSE(s.isRenderingPreview);
     executor.advance(0.01);
@@ -107,6 +109,18 @@ TEST_F(AppModelTest, ThePreviewWaitsAQuarterSecondAndABurstOfEditsRendersOnce) {
     EXPECT_EQ(store().load().settings->title, "Title 9");
     EXPECT_EQ(log->scans, 1);
     EXPECT_GT(notifications, 10);
+
+    // A render overtaken by a newer edit while it runs is never shown.
+    model->updateSettings([](Settings& x) { x.title = "First"; });
+    executor.drain();
+    executor.advance(0.25);  // the render of "First" is queued in the background
+    ASSERT_TRUE(s.isRenderingPreview);
+    model->updateSettings([](Settings& x) { x.title = "Second"; });
+    executor.drain();
+    EXPECT_EQ(s.previewPDF->substr(0, 8), "Title 9|");
+    EXPECT_FALSE(s.isRenderingPreview);
+    executor.settle();
+    EXPECT_EQ(s.previewPDF->substr(0, 7), "Second|");
 }
 
 TEST_F(AppModelTest, PreviewShowsTheFirst250OfMoreWhileTheExportHoldsAll) {
@@ -118,36 +132,22 @@ TEST_F(AppModelTest, PreviewShowsTheFirst250OfMoreWhileTheExportHoldsAll) {
     ASSERT_EQ(s.selected.size(), 300u);
     EXPECT_TRUE(s.previewTruncated);
     EXPECT_EQ(s.previewPageCount, 250);
-    EXPECT_EQ(log->renderedItemCounts, std::vector<size_t>{250});
+    EXPECT_EQ(model->previewNote(),
+              "(Preview of the first 250 of 300 items; the export includes all)");
     // The preview holds the first 250 in selection order.
     EXPECT_NE(s.previewPDF->find(s.selected[249]->id() + ";"), std::string::npos);
     EXPECT_EQ(s.previewPDF->find(s.selected[250]->id() + ";"), std::string::npos);
 
-    std::string target = out("all.pdf");
-    model->exportPDF(target);
+    model->exportPDF(out("all.pdf"));
     executor.drain();
-    EXPECT_EQ(log->renderedItemCounts.back(), 300u);
-    std::string written = readFile(target);
+    EXPECT_EQ(log->renderedItemCounts, (std::vector<size_t>{250, 300}));
+    std::string written = readFile(out("all.pdf"));
     EXPECT_EQ(std::count(written.begin(), written.end(), ';'), 300);
 
     model->updateSettings([](Settings& x) { x.messagesPerMonth = 5; });
     executor.drain();
     EXPECT_FALSE(s.previewTruncated);
-}
-
-TEST_F(AppModelTest, ACancelledRenderStoresNothing) {
-    auto model = readyModel(testing::fakeServices(log));
-    const AppState& s = model->state();
-    model->updateSettings([](Settings& x) { x.title = "First"; });
-    executor.drain();        // its selection arrives and the preview waits
-    executor.advance(0.25);  // the render of "First" is queued in the background
-    ASSERT_TRUE(s.isRenderingPreview);
-    model->updateSettings([](Settings& x) { x.title = "Second"; });
-    executor.drain();  // "First" finishes, but it was overtaken
-    EXPECT_EQ(s.previewPDF->substr(0, 21), "Relationship evidence");
-    EXPECT_FALSE(s.isRenderingPreview);
-    executor.settle();
-    EXPECT_EQ(s.previewPDF->substr(0, 7), "Second|");
+    EXPECT_EQ(model->previewNote(), "");
 }
 
 TEST_F(AppModelTest, NothingSelectedClearsThePreviewAndRefusesExport) {
@@ -169,20 +169,10 @@ TEST_F(AppModelTest, NothingSelectedClearsThePreviewAndRefusesExport) {
     EXPECT_FALSE(s.errorMessage);
 }
 
-TEST_F(AppModelTest, ProposedNamesJoinTitleAndApplicantWithoutSlashes) {
-    auto model = makeModel();
-    model->updateSettings([](Settings& x) {
-        x.title = "Visa/2025";
-        x.applicant = "";
-    });
-    EXPECT_EQ(model->proposedFileName(), "Visa-2025.pdf");
-    model->updateSettings([](Settings& x) { x.title = ""; });
-    EXPECT_EQ(model->proposedFileName(), "Relationship evidence.pdf");
-}
-
-TEST_F(AppModelTest, ASplitExportWritesNumberedPartsWithTheirNote) {
+TEST_F(AppModelTest, ASplitExportShowsItsPartsAndNote) {
     AppServices services = testing::fakeServices(log);
-    services.split = [](const ExportInput&, const std::string& data, int64_t) {
+    services.split = [](const ExportInput&, const std::string& data, int64_t maxBytes) {
+        EXPECT_EQ(maxBytes, 10'000'000);
         return std::vector<std::string>{data.substr(0, 3), data.substr(3, 3), data.substr(6)};
     };
     auto model = readyModel(services);
@@ -194,139 +184,138 @@ TEST_F(AppModelTest, ASplitExportWritesNumberedPartsWithTheirNote) {
     model->exportPDF(out("Evidence.pdf"));
     executor.drain();
     ASSERT_FALSE(s.errorMessage);
-    std::vector<std::string> expected;
+    std::vector<std::string> parts;
     for (int i = 1; i <= 3; ++i)
-        expected.push_back(out("Evidence - Part " + std::to_string(i) + " of 3.pdf"));
-    EXPECT_EQ(s.exportedFiles, expected);
+        parts.push_back(out("Evidence - Part " + std::to_string(i) + " of 3.pdf"));
+    EXPECT_EQ(s.exportedFiles, parts);
     EXPECT_FALSE(fs::exists(out("Evidence.pdf")));
     std::string whole = "Evidence|";
     for (const auto& item : s.selected)
         whole += item->id() + ";";
-    EXPECT_EQ(readFile(expected[0]), whole.substr(0, 3));
-    EXPECT_EQ(readFile(expected[0]) + readFile(expected[1]) + readFile(expected[2]), whole);
-    EXPECT_EQ(s.exportNotes,
-              std::vector<std::string>{"The PDF is split into 3 files of at most 10 MB each. Page "
-                                       "numbers continue from one file to the next."});
-}
-
-TEST_F(AppModelTest, APageOverTheLimitIsKeptAndWarnedAbout) {
-    AppServices services = testing::fakeServices(log);
-    int64_t seenLimit = 0;
-    services.split = [&seenLimit](const ExportInput&, const std::string&, int64_t maxBytes) {
-        seenLimit = maxBytes;
-        return std::vector<std::string>{"small", std::string(1000001, 'x')};
-    };
-    auto model = readyModel(services);
-    model->updateSettings([](Settings& x) { x.maxFileMB = 1; });
-    model->exportPDF(out("Big.pdf"));
-    executor.drain();
-    EXPECT_EQ(seenLimit, 1000000);
-    ASSERT_EQ(model->state().exportNotes.size(), 2u);
-    EXPECT_EQ(model->state().exportNotes[1],
-              "One page is larger than 1 MB on its own, so its file is over the limit. Use fewer "
-              "or smaller photos on that page.");
-    EXPECT_EQ(fs::file_size(out("Big - Part 2 of 2.pdf")), 1000001u);
+    EXPECT_EQ(readFile(parts[0]), whole.substr(0, 3));
+    EXPECT_EQ(readFile(parts[0]) + readFile(parts[1]) + readFile(parts[2]), whole);
+    EXPECT_EQ(s.exportNotes, std::vector<std::string>{ExportJob::splitMessage(3, 10)});
 }
 
 TEST_F(AppModelTest, ExportFailuresBecomeTheErrorMessage) {
-    AppServices services = testing::fakeServices(log);
-    auto model = readyModel(services);
-    const AppState& s = model->state();
-    model->exportPDF(root.path() + "/no such folder/x.pdf");
-    executor.drain();
-    ASSERT_TRUE(s.errorMessage);
-    EXPECT_EQ(s.errorMessage->back(), '.');
-    EXPECT_FALSE(s.isExporting);
-    EXPECT_TRUE(s.exportedFiles.empty());
-
-    services.make = [](const ExportInput&) -> Output {
-        throw EvidenceError::invalid(
-            "The source file for an item is missing. Scan the folder again.");
+    struct Case {
+        const char* name;
+        std::function<Output(const ExportInput&)> make;  // none: the fake's
+        std::string target, error;
     };
-    auto failing = readyModel(services);
-    failing->exportPDF(out("y.pdf"));
-    executor.drain();
-    EXPECT_EQ(failing->state().errorMessage,
-              "The source file for an item is missing. Scan the folder again.");
-    EXPECT_FALSE(fs::exists(out("y.pdf")));
-
-    services.make = [](const ExportInput&) -> Output { throw std::bad_alloc(); };
-    auto crashing = readyModel(services);
-    crashing->exportPDF(out("z.pdf"));
-    executor.drain();
-    EXPECT_EQ(crashing->state().errorMessage, "Could not create the PDF.");
+    const Case cases[] = {
+        {"a folder that does not exist", {}, out("no such folder/x.pdf"), ""},
+        {"inside the materials folder",
+         {},
+         folder + "/x.pdf",
+         "Save the PDF outside the materials folder, so that Kinfolio does not read it as one of "
+         "your records the next time it scans the folder."},
+        {"the drawing refuses",
+         [](const ExportInput&) -> Output {
+             throw EvidenceError::invalid(
+                 "The source file for an item is missing. Scan the folder again.");
+         },
+         out("y.pdf"), "The source file for an item is missing. Scan the folder again."},
+        {"the drawing breaks", [](const ExportInput&) -> Output { throw std::bad_alloc(); },
+         out("z.pdf"), "Could not create the PDF."},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        AppServices services = testing::fakeServices(log);
+        if (c.make) services.make = c.make;
+        auto model = readyModel(services);
+        const AppState& s = model->state();
+        model->exportPDF(c.target);
+        executor.drain();
+        ASSERT_TRUE(s.errorMessage);
+        if (!c.error.empty()) {
+            EXPECT_EQ(*s.errorMessage, c.error);
+        }
+        EXPECT_EQ(s.errorMessage->back(), '.');
+        EXPECT_FALSE(s.isExporting);
+        EXPECT_TRUE(s.exportedFiles.empty());
+        EXPECT_FALSE(fs::exists(c.target));
+    }
 }
 
 TEST_F(AppModelTest, DateOrderAndTimeZoneChangesRescanAtOnce) {
     auto model = readyModel(testing::fakeServices(log));
-    ASSERT_EQ(log->scans, 1);
     model->updateSettings([](Settings& x) { x.dateOrder = DateOrder::dayFirst; });
     EXPECT_EQ(model->state().phase, Phase::scanning);
     executor.settle();
-    EXPECT_EQ(log->scans, 2);
-    EXPECT_EQ(log->scannedOrders.back(), DateOrder::dayFirst);
     model->updateSettings([](Settings& x) { x.timeZoneID = "Pacific/Auckland"; });
     executor.settle();
-    EXPECT_EQ(log->scans, 3);
-    EXPECT_EQ(log->scannedZones.back(), "Pacific/Auckland");
     model->updateSettings([](Settings& x) { x.paper = PaperSize::letter; });
     executor.settle();
     EXPECT_EQ(log->scans, 3);
+    EXPECT_EQ(log->scannedOrders, (std::vector<DateOrder>{DateOrder::automatic, DateOrder::dayFirst,
+                                                          DateOrder::dayFirst}));
+    EXPECT_EQ(log->scannedZones.back(), "Pacific/Auckland");
     EXPECT_EQ(model->state().phase, Phase::ready);
 }
 
-TEST_F(AppModelTest, SettingsAndFolderSurviveARestart) {
+// Settings and the folder come back after a restart; the example is written
+// once, refused over someone's own files, and stays a demo.
+TEST_F(AppModelTest, TheExampleAndTheSettingsSurviveARestart) {
+    std::string example = root.path() + "/example";
     {
-        auto model = readyModel(testing::fakeServices(log));
+        auto model = makeModel();
+        model->openExample(example);
+        EXPECT_EQ(model->state().phase, Phase::scanning);
+        EXPECT_EQ(model->state().folder, example);
+        executor.settle();
+        EXPECT_TRUE(model->state().isDemo);
+        model->openExample(example);  // reuses what is there
+        EXPECT_FALSE(model->state().errorMessage);
+        executor.settle();
+        // A folder holding something else is neither written to nor opened.
+        root.write("mine/notes.txt", "my own file");
+        std::string before = testing::folderFingerprint(root.path() + "/mine");
+        model->openExample(root.path() + "/mine");
+        ASSERT_TRUE(model->state().errorMessage);
+        EXPECT_EQ(model->state().errorMessage->back(), '.');
+        EXPECT_EQ(model->state().folder, example);
+        EXPECT_EQ(log->scans, 2);
+        EXPECT_EQ(testing::folderFingerprint(root.path() + "/mine"), before);
         model->updateSettings([](Settings& x) {
             x.applicant = "Sam Lee";
-            x.paper = PaperSize::letter;
             x.maxFileMB = 8;
         });
         executor.settle();
     }
-    auto model = makeModel();
-    const AppState& s = model->state();
-    EXPECT_EQ(s.settings.applicant, "Sam Lee");
-    EXPECT_EQ(s.settings.paper, PaperSize::letter);
-    EXPECT_EQ(s.settings.maxFileMB, 8);
-    EXPECT_EQ(s.folder, folder);
-    EXPECT_EQ(s.phase, Phase::scanning);
-    executor.settle();
-    EXPECT_EQ(s.phase, Phase::ready);
-    EXPECT_EQ(log->scans, 2);
-}
-
-TEST_F(AppModelTest, AFolderThatIsGoneIsNotReopened) {
-    { readyModel(testing::fakeServices(log)); }
+    {
+        auto model = makeModel();
+        const AppState& s = model->state();
+        EXPECT_EQ(s.settings.applicant, "Sam Lee");
+        EXPECT_EQ(s.settings.maxFileMB, 8);
+        EXPECT_EQ(s.folder, example);
+        EXPECT_TRUE(s.isDemo);
+        EXPECT_EQ(s.phase, Phase::scanning);
+        executor.settle();
+        EXPECT_EQ(s.phase, Phase::ready);
+        EXPECT_EQ(log->scans, 3);
+        model->chooseFolder(folder);  // any other folder is the user's own
+        EXPECT_FALSE(s.isDemo);
+        executor.settle();
+    }
+    // A folder that is gone is not reopened.
     fs::remove_all(folder);
     auto model = makeModel();
     EXPECT_EQ(model->state().phase, Phase::needsFolder);
     EXPECT_FALSE(model->state().folder);
-    EXPECT_EQ(log->scans, 1);
+    EXPECT_EQ(log->scans, 4);
 }
 
-TEST_F(AppModelTest, StoredSettingsMissingAKeyGiveTheDefaults) {
-    Settings stored = Settings::defaults();
-    stored.title = "Our story";
-    stored.messagesPerMonth = 9;
+TEST_F(AppModelTest, StoredSettingsMissingAKeyGiveTheDefaultsUntilTheNextChange) {
     Json json = Json::object();
-    json["settings"] = encode(stored);
+    json["settings"] = encode(Settings::defaults());
+    json["settings"]["title"] = "Our story";
     json["settings"].erase("partner");
     fs::create_directories(root.path() + "/config");
     std::ofstream(store().path()) << json.dump();
-
     auto model = makeModel();
-    EXPECT_EQ(model->state().settings.title, "Relationship evidence");
-    EXPECT_EQ(model->state().settings.messagesPerMonth, 5);
-    // Nothing is written until the next change.
+    EXPECT_EQ(model->state().settings, defaultsAsShown(model->state().settings));
     EXPECT_EQ(readFile(store().path()), json.dump());
-
-    json["settings"]["partner"] = "Alex";
-    std::ofstream(store().path()) << json.dump();
-    auto again = makeModel();
-    EXPECT_EQ(again->state().settings.title, "Our story");
-    EXPECT_EQ(again->state().settings.partner, "Alex");
 }
 
 TEST_F(AppModelTest, ClosingTheFolderDropsEverythingPending) {
@@ -343,6 +332,7 @@ TEST_F(AppModelTest, ClosingTheFolderDropsEverythingPending) {
     executor.drain();
     model->updateSettings([](Settings& x) { x.title = "Pending"; });
     model->closeFolder();
+    EXPECT_EQ(executor.pendingTimers(), 0u);
     executor.settle();
     EXPECT_EQ(log->renders, 0);
     EXPECT_TRUE(s.selected.empty());
@@ -403,48 +393,140 @@ TEST_F(AppModelTest, ScreenshotReadingReportsProgressAndRendersAgain) {
     model->chooseFolder(folder);
     executor.drain();
     EXPECT_FALSE(s.isReadingScreenshots);
+    EXPECT_FALSE(s.showingReadingProgress);
     EXPECT_EQ(seen, (std::vector<size_t>{0, 1, 2, 3}));
     EXPECT_EQ(s.screenshotsTotal, 3u);
-    EXPECT_FALSE(s.showingReadingProgress);
     EXPECT_EQ(s.selected.front()->details().textBoxes.size(), 1u);
     executor.settle();
     EXPECT_EQ(log->renders, 1);
-}
 
-TEST_F(AppModelTest, TheReadingSheetCanBeLeftWhileReadingGoesOn) {
-    AppServices services = testing::fakeServices(log);
+    // A rescan meanwhile makes the old reading's progress and result stale.
     services.screenshotsToRead = [](const ScanResult&) { return size_t{2}; };
     services.recognizeScreenshots = [](ScanResult&, const AppServices::Progress& progress) {
         progress(1, 2);
         progress(2, 2);
     };
-    auto model = makeModel(services);
-    const AppState& s = model->state();
-    model->chooseFolder(folder);
-    ASSERT_TRUE(executor.runNextBackground());  // the saved folder
+    auto again = readyModel(services);
+    const AppState& t = again->state();
+    EXPECT_EQ(t.screenshotsRead, 2u);
+    again->rescan();
     ASSERT_TRUE(executor.runNextBackground());  // the scan
     executor.runMainQueue();
-    EXPECT_EQ(s.phase, Phase::ready);
-    EXPECT_TRUE(s.isReadingScreenshots);
-    EXPECT_TRUE(s.showingReadingProgress);
-    EXPECT_EQ(s.screenshotsRead, 0u);
-    EXPECT_EQ(s.screenshotsTotal, 2u);
-
-    model->continueReadingInBackground();
-    EXPECT_FALSE(s.showingReadingProgress);
-    EXPECT_TRUE(s.isReadingScreenshots);
-
-    // A rescan meanwhile makes the old reading's progress and result stale.
-    model->rescan();
+    EXPECT_EQ(t.phase, Phase::ready);
+    EXPECT_TRUE(t.showingReadingProgress);
+    EXPECT_EQ(t.screenshotsRead, 0u);
+    EXPECT_EQ(t.screenshotsTotal, 2u);
+    again->continueReadingInBackground();  // the sheet is left, reading goes on
+    EXPECT_FALSE(t.showingReadingProgress);
+    EXPECT_TRUE(t.isReadingScreenshots);
+    again->rescan();
     ASSERT_TRUE(executor.runNextBackground());  // the first reading
     executor.runMainQueue();
-    EXPECT_EQ(s.phase, Phase::scanning);
-    EXPECT_FALSE(s.isReadingScreenshots);
-    EXPECT_EQ(s.screenshotsRead, 0u);
+    EXPECT_EQ(t.phase, Phase::scanning);
+    EXPECT_FALSE(t.isReadingScreenshots);
+    EXPECT_EQ(t.screenshotsRead, 0u);
     executor.settle();
+    EXPECT_FALSE(t.isReadingScreenshots);
+    EXPECT_EQ(t.screenshotsRead, 2u);
+}
+
+// The example folder with the real scanner, selection and PDF writer: let it
+// scan, change settings, tick and untick items, export, read the PDF back.
+TEST_F(AppModelTest, TheExampleFromChoiceToSavedPdf) {
+    std::string example = root.path() + "/example";
+    auto model = makeModel(AppServices::standard());
+    const AppState& s = model->state();
+    model->openExample(example);
+    EXPECT_TRUE(s.isDemo);
+    executor.drain();
+    std::string untouched = testing::folderFingerprint(example);
     EXPECT_EQ(s.phase, Phase::ready);
-    EXPECT_FALSE(s.isReadingScreenshots);
-    EXPECT_EQ(s.screenshotsRead, 2u);
+    ASSERT_TRUE(s.scan);
+    EXPECT_TRUE(s.scan->skipped.empty());
+    EXPECT_EQ(s.scan->sources.size(), 13u);
+    EXPECT_FALSE(s.errorMessage);
+    size_t items = 0;
+    for (const auto& source : s.scan->sources)
+        items += source.items.size();
+    EXPECT_EQ(s.candidates.size(), items);
+    EXPECT_TRUE(
+        std::is_sorted(s.candidates.begin(), s.candidates.end(),
+                       [](const Evidence* a, const Evidence* b) { return a->date < b->date; }));
+    ASSERT_FALSE(s.selected.empty());
+    for (const Evidence* item : s.selected)
+        EXPECT_TRUE(contains(s.candidates, *item)) << item->id();
+
+    size_t everyMessage = s.selected.size();
+    model->updateSettings([](Settings& x) {
+        x.messagesPerMonth = 1;
+        x.title = "Our story";
+    });
+    executor.settle();
+    EXPECT_LT(s.selected.size(), everyMessage);
+    ASSERT_TRUE(s.previewPDF);
+    auto preview = testing::readPDF(*s.previewPDF);
+    EXPECT_EQ(static_cast<int>(preview.pages.size()), s.previewPageCount);
+    EXPECT_NE(preview.flat(0).find("Our story"), std::string::npos) << preview.flat(0);
+
+    // Ticking a message the sampling left out adds it; unticking a chosen one takes it out.
+    auto extra = std::find_if(s.candidates.begin(), s.candidates.end(), [&](const Evidence* e) {
+        return !e->sender.empty() && !contains(s.selected, *e);
+    });
+    ASSERT_NE(extra, s.candidates.end());
+    Evidence added = **extra, removed = *s.selected.back();
+    size_t proposedCount = s.selected.size();
+    model->setSelected(added, true);
+    EXPECT_EQ(s.settings.addedItems, std::set<std::string>{added.id()});
+    executor.drain();
+    EXPECT_TRUE(contains(s.selected, added));
+    model->setSelected(removed, false);
+    EXPECT_EQ(s.settings.excludedItems, std::set<std::string>{removed.id()});
+    executor.drain();
+    EXPECT_FALSE(contains(s.selected, removed));
+    EXPECT_EQ(s.selected.size(), proposedCount);
+    EXPECT_EQ(store().load().settings->excludedItems, std::set<std::string>{removed.id()});
+    // Unticking an added item forgets it rather than excluding it.
+    model->setSelected(added, false);
+    EXPECT_TRUE(s.settings.addedItems.empty());
+    EXPECT_EQ(s.settings.excludedItems.size(), 1u);
+    model->resetManualChoice();  // "Back to Automatic Choice"
+    executor.drain();
+    EXPECT_TRUE(s.settings.excludedItems.empty());
+    EXPECT_TRUE(contains(s.selected, removed));
+    EXPECT_EQ(s.selected.size(), proposedCount);
+    model->setSelected(added, true);
+    model->setSelected(removed, false);
+
+    model->updateSettings([](Settings& x) {
+        x.title = "Evidence";
+        x.applicant = "Sam Lee";
+    });
+    EXPECT_EQ(model->proposedFileName(), "Evidence - Sam Lee.pdf");
+    std::string target = out(model->proposedFileName());
+    model->exportPDF(target);
+    EXPECT_TRUE(s.isExporting);
+    executor.settle();
+    EXPECT_FALSE(s.isExporting);
+    ASSERT_FALSE(s.errorMessage) << *s.errorMessage;
+    EXPECT_EQ(s.exportedFiles, std::vector<std::string>{target});
+    EXPECT_TRUE(s.exportNotes.empty());
+
+    auto pdf = testing::readPDF(readFile(target));
+    size_t n = pdf.pages.size();
+    ASSERT_GE(n, 3u);
+    EXPECT_NE(pdf.flat(0).find("Evidence"), std::string::npos);
+    EXPECT_NE(pdf.flat(0).find("Sam Lee"), std::string::npos);
+    EXPECT_NE(pdf.flat(0).find("Page 1 of " + std::to_string(n)), std::string::npos);
+    EXPECT_NE(pdf.flat(n - 1).find("Page " + std::to_string(n) + " of " + std::to_string(n)),
+              std::string::npos);
+    std::string all = pdf.allFlat();
+    EXPECT_NE(all.find("Our first home together"), std::string::npos);
+    EXPECT_NE(all.find(added.text), std::string::npos) << added.text;
+    EXPECT_NE(all.find("How this file was prepared"), std::string::npos);
+    // The appendix fingerprints the source files, as anyone can recompute them.
+    std::string sha = Scanner::sha256Hex(readFile(example + "/Emails/Booking confirmation.eml"));
+    EXPECT_NE(all.find(sha), std::string::npos);
+    EXPECT_EQ(testing::folderFingerprint(example), untouched);
 }
 
 }  // namespace

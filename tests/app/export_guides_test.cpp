@@ -5,7 +5,7 @@
 namespace kinfolio {
 namespace {
 
-TEST(ExportGuides, EveryAppHasStepsAndAFolderTip) {
+TEST(ExportGuides, EveryAppHasStepsAndAFolderTipFoundByIdOrTitle) {
     const auto& guides = exportGuides();
     EXPECT_EQ(guides.size(), 10u);
     for (const auto& g : guides) {
@@ -16,16 +16,16 @@ TEST(ExportGuides, EveryAppHasStepsAndAFolderTip) {
         EXPECT_EQ(findGuide(g.id), &g);
         EXPECT_EQ(findGuide(g.title), &g);
     }
-}
-
-TEST(ExportGuides, NamesMatchIgnoringCaseAndByUniquePrefix) {
-    ASSERT_TRUE(findGuide("TELEGRAM"));
-    EXPECT_EQ(findGuide("TELEGRAM")->id, "telegram");
-    ASSERT_TRUE(findGuide("insta"));
-    EXPECT_EQ(findGuide("insta")->id, "instagram");
-    EXPECT_EQ(findGuide("whatsapp"), nullptr);
-    EXPECT_EQ(findGuide(""), nullptr);
-    EXPECT_EQ(findGuide("signal"), nullptr);
+    // Ignoring case, or by the start of one id only.
+    struct Case {
+        const char *name, *id;
+    };
+    for (const Case& c : {Case{"TELEGRAM", "telegram"}, Case{"insta", "instagram"},
+                          Case{"whatsapp on android", "whatsapp-android"}, Case{"whatsapp", "none"},
+                          Case{"", "none"}, Case{"signal", "none"}}) {
+        const ExportGuide* found = findGuide(c.name);
+        EXPECT_EQ(found ? found->id : "none", c.id) << c.name;
+    }
 }
 
 TEST(ExportGuides, MetaGuidesAskForJsonAndWhatsAppForTheExport) {
@@ -39,6 +39,7 @@ TEST(ExportGuides, MetaGuidesAskForJsonAndWhatsAppForTheExport) {
     EXPECT_NE(iphone.find("Export Chat"), std::string::npos);
     EXPECT_NE(iphone.find("Without Media"), std::string::npos);
     EXPECT_TRUE(iphone.starts_with("WhatsApp on iPhone\n  1. "));
+    EXPECT_TRUE(iphone.ends_with("\n  " + findGuide("whatsapp-iphone")->inFolder + "\n"));
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 #include "app/settings_store.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <filesystem>
 
@@ -10,65 +9,49 @@
 namespace kinfolio {
 namespace {
 
-using testing::TempFolder;
-
-TEST(SettingsStore, SavesAndLoadsSettingsAndTheFolder) {
-    TempFolder dir;
-    SettingsStore store(dir.path() + "/config/kinfolio/settings.json");
-    EXPECT_FALSE(store.load().settings.has_value());
+TEST(SettingsStore, SavesAndLoadsSettingsAndTheFolderAtomically) {
+    testing::TempFolder dir;
+    SettingsStore store(dir.path() + "/kinfolio/settings.json");
+    EXPECT_FALSE(store.load().settings);
     Settings s = Settings::defaults();
     s.partner = "Alex Morgan";
+    store.save(Settings::defaults(), std::nullopt);
     store.save(s, std::string("/home/sam/materials"));
     StoredState back = SettingsStore(store.path()).load();
-    ASSERT_TRUE(back.settings.has_value());
-    EXPECT_EQ(*back.settings, s);
+    EXPECT_EQ(back.settings, s);
     EXPECT_EQ(back.folder, "/home/sam/materials");
     Json file = Json::parse(testing::readFile(store.path()));
-    EXPECT_TRUE(file.contains("settings"));
+    EXPECT_EQ(file["settings"], encode(s));
     EXPECT_EQ(file["materialsFolderBookmark"], "/home/sam/materials");
-}
+    // Only the file: no temporary file is left behind.
+    auto entries = std::filesystem::directory_iterator(dir.path() + "/kinfolio");
+    EXPECT_EQ(std::distance(entries, std::filesystem::directory_iterator()), 1);
 
-TEST(SettingsStore, AStoredValueMissingAKeyGivesNoSettingsButKeepsTheFolder) {
-    TempFolder dir;
-    Json settings = encode(Settings::defaults());
-    settings.erase("title");
-    Json file = {{"settings", settings}, {"materialsFolderBookmark", "/x"}};
-    std::string path = dir.write("settings.json", file.dump());
-    StoredState state = SettingsStore(path).load();
-    EXPECT_FALSE(state.settings.has_value());
-    EXPECT_EQ(state.folder, "/x");
-}
-
-TEST(SettingsStore, ADamagedFileReadsAsNothingStored) {
-    TempFolder dir;
-    std::string path = dir.write("settings.json", "{\"settings\": {\"title\": ");
-    StoredState state = SettingsStore(path).load();
-    EXPECT_FALSE(state.settings.has_value());
-    EXPECT_FALSE(state.folder.has_value());
-}
-
-TEST(SettingsStore, SavingLeavesNoTemporaryFileBehind) {
-    TempFolder dir;
-    SettingsStore store(dir.path() + "/settings.json");
-    store.save(Settings::defaults(), std::nullopt);
-    store.save(Settings::defaults(), std::nullopt);
-    int files = 0;
-    for (const auto& e : std::filesystem::directory_iterator(dir.path())) {
-        (void)e;
-        ++files;
-    }
-    EXPECT_EQ(files, 1);
-}
-
-TEST(SettingsStore, DefaultPathFollowsXdgConfigHome) {
-    const char* old = std::getenv("XDG_CONFIG_HOME");
-    std::string saved = old ? old : "";
-    ::setenv("XDG_CONFIG_HOME", "/tmp/kf-config", 1);
+    testing::ScopedEnvironment config("XDG_CONFIG_HOME", "/tmp/kf-config");
     EXPECT_EQ(SettingsStore::defaultPath(), "/tmp/kf-config/kinfolio/settings.json");
-    if (old)
-        ::setenv("XDG_CONFIG_HOME", saved.c_str(), 1);
-    else
-        ::unsetenv("XDG_CONFIG_HOME");
+}
+
+// A file that cannot be used reads as nothing stored, keeping what is sound.
+TEST(SettingsStore, ADamagedFileKeepsOnlyWhatIsSound) {
+    Json missingTitle = encode(Settings::defaults());
+    missingTitle.erase("title");
+    struct Case {
+        const char* name;
+        std::string file;
+        std::optional<std::string> folder;
+    };
+    const Case cases[] = {
+        {"settings missing a key",
+         Json{{"settings", missingTitle}, {"materialsFolderBookmark", "/x"}}.dump(), "/x"},
+        {"cut off", R"({"settings": {"title": )", std::nullopt},
+        {"a folder that is not a path", R"({"materialsFolderBookmark": 5})", std::nullopt},
+    };
+    for (const auto& c : cases) {
+        testing::TempFolder dir;
+        StoredState state = SettingsStore(dir.write("settings.json", c.file)).load();
+        EXPECT_FALSE(state.settings) << c.name;
+        EXPECT_EQ(state.folder, c.folder) << c.name;
+    }
 }
 
 }  // namespace

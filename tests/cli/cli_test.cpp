@@ -2,130 +2,157 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <sstream>
+#include <filesystem>
+#include <map>
 
 #include "model/json.h"
+#include "support/run_cli.h"
 #include "support/temp_folder.h"
 
+// The command line itself and its small commands: settings, example, guides.
 namespace kinfolio::cli {
 namespace {
 
-using testing::TempFolder;
+namespace fs = std::filesystem;
+using testing::runCli;
 
-struct Outcome {
-    int status;
-    std::string out, err;
-};
-
-// The saved settings live in a private config folder per test.
 class Cli : public ::testing::Test {
 protected:
-    void SetUp() override { ::setenv("XDG_CONFIG_HOME", config.path().c_str(), 1); }
-    void TearDown() override { ::unsetenv("XDG_CONFIG_HOME"); }
-
-    Outcome run(std::vector<std::string> args) {
-        std::ostringstream out, err;
-        int status = cli::run(args, out, err);
-        return {status, out.str(), err.str()};
-    }
-
-    TempFolder config;
+    testing::ScopedHome home;  // the saved settings of this test alone
+    testing::TempFolder dir;
 };
 
-TEST_F(Cli, ScanJsonListsSkippedFilesWithTheirReasons) {
-    TempFolder dir;
-    dir.write("notes.docx", "x");
-    dir.write("sub/page.html", "<html></html>");
-    Outcome r = run({"scan", dir.path(), "--json"});
+TEST_F(Cli, EveryCommandLineEndsInItsHelpOrTheSentenceForWhatIsWrong) {
+    // What a command line prints: the start of the help it asks for, or the
+    // whole sentence that says what is wrong.
+    struct Case {
+        const char* name;
+        std::vector<std::string> args;
+        int status;
+        std::string printed;
+    };
+    std::string bad = dir.write("bad.json", R"({"tilte": "x"})");
+    std::string wrong = dir.write("wrong.json", R"({"maxFileMB": "ten"})");
+    std::string broken = dir.write("broken.json", R"({"title": )");
+    std::string file = dir.write("file", "x");
+    const Case cases[] = {
+        {"tool help", {"--help"}, 0, "kinfolio-cli: turn a folder"},
+        {"command help", {"scan", "--help"}, 0, "Usage: kinfolio-cli scan FOLDER"},
+        {"unknown command",
+         {"frobnicate"},
+         2,
+         "unknown command \"frobnicate\". Run kinfolio-cli --help to see the commands."},
+        {"unknown option", {"scan", "--bogus"}, 2, "Unknown option --bogus."},
+        {"option without value", {"scan", "--set"}, 2, "--set needs a value."},
+        {"set without =",
+         {"settings", "--set", "nokey"},
+         2,
+         "--set needs KEY=VALUE, for example --set paper=letter."},
+        {"no folder", {"scan"}, 2, "give exactly one materials folder."},
+        {"not a folder", {"select", "/no/folder"}, 2, "/no/folder is not a folder."},
+        {"settings with an argument", {"settings", "x"}, 2, "settings takes no arguments."},
+        {"unreadable settings file",
+         {"settings", "--settings", "/no.json"},
+         2,
+         "Could not read the settings file /no.json."},
+        {"settings file not JSON",
+         {"settings", "--settings", broken},
+         2,
+         "The settings file " + broken + " is not valid JSON."},
+        {"example without folder",
+         {"example"},
+         2,
+         "give exactly one folder to write the example into."},
+        {"example over a file",
+         {"example", file},
+         1,
+         file + " is a file, not a folder. Choose an empty or new folder for the example."},
+        {"two guides", {"guides", "a", "b"}, 2, "give at most one app."},
+        {"unknown key in a file",
+         {"settings", "--settings", bad},
+         2,
+         "There is no setting called \u201ctilte\u201d."},
+        {"wrong kind in a file",
+         {"settings", "--settings", wrong},
+         2,
+         "The setting \u201cmaxFileMB\u201d must be a whole number."},
+        {"wrong kind in --set",
+         {"settings", "--set", "maxFileMB=ten"},
+         2,
+         "The setting \u201cmaxFileMB\u201d must be a whole number from 0 to 1000000."},
+    };
+    for (const auto& c : cases) {
+        auto r = runCli(c.args);
+        EXPECT_EQ(r.status, c.status) << c.name;
+        if (c.status == 0) {
+            EXPECT_TRUE(r.out.starts_with(c.printed) && r.err.empty()) << c.name << r.out;
+        } else {
+            EXPECT_EQ(r.out + r.err, "kinfolio-cli: " + c.printed + "\n") << c.name;
+        }
+    }
+    auto none = runCli({});  // the tool's help, as an error
+    EXPECT_EQ(none.status, 2);
+    EXPECT_TRUE(none.err.starts_with("kinfolio-cli: turn a folder"));
+    EXPECT_NE(runCli({"--help"}).out.find("\n  select FOLDER [--json]"), std::string::npos);
+}
+
+TEST_F(Cli, SettingsPrintsTheFileOverTheDefaultsWithSetsApplied) {
+    std::string good = dir.write("good.json", R"({"title": "Visa 2025", "maxFileMB": 10})");
+    auto r = runCli({"settings", "--settings", good, "--set", "paper=letter", "--set",
+                     "rangeStart=2025-01-31", "--set", "limitDates=true", "--set", "maxFileMB=12"});
     ASSERT_EQ(r.status, 0) << r.err;
     Json j = Json::parse(r.out);
-    EXPECT_EQ(j["folder"], dir.path());
-    EXPECT_TRUE(j["sources"].empty());
-    ASSERT_EQ(j["skipped"].size(), 2u);
-    EXPECT_EQ(j["skipped"][0]["path"], "notes.docx");
-    EXPECT_EQ(j["skipped"][1]["reason"], "Web page; Kinfolio does not read HTML.");
-}
-
-TEST_F(Cli, ScanTextNamesTheSkippedFiles) {
-    TempFolder dir;
-    dir.write("notes.docx", "x");
-    Outcome r = run({"scan", dir.path()});
-    ASSERT_EQ(r.status, 0);
-    EXPECT_NE(r.out.find("Nothing Kinfolio can read here"), std::string::npos);
-    EXPECT_NE(r.out.find("notes.docx\n    Not a file type Kinfolio reads."), std::string::npos);
-}
-
-TEST_F(Cli, ScanNeedsAnExistingFolder) {
-    Outcome r = run({"scan", "/nonexistent/folder"});
-    EXPECT_EQ(r.status, 2);
-    EXPECT_NE(r.err.find("/nonexistent/folder is not a folder."), std::string::npos);
-    EXPECT_EQ(run({"scan"}).status, 2);
-}
-
-TEST_F(Cli, SettingsPrintsSavedSettingsWithSetsApplied) {
-    Outcome r = run({"settings", "--set", "paper=letter", "--set", "rangeStart=2025-01-31", "--set",
-                     "limitDates=true"});
-    ASSERT_EQ(r.status, 0) << r.err;
-    Json j = Json::parse(r.out);
+    EXPECT_EQ(j["title"], "Visa 2025");
+    EXPECT_EQ(j["maxFileMB"], 12);
+    EXPECT_EQ(j["messagesPerMonth"], 5);
     EXPECT_EQ(j["paper"], "letter");
     EXPECT_EQ(j["limitDates"], true);
     EXPECT_DOUBLE_EQ(j["rangeStart"].get<double>(), 759974400.0);
 }
 
-TEST_F(Cli, SettingsFileAppliesOverTheDefaultsAndBadKeysFailWithStatusTwo) {
-    TempFolder dir;
-    std::string good = dir.write("good.json", R"({"title": "Visa 2025", "maxFileMB": 10})");
-    Outcome r = run({"settings", "--settings", good});
+TEST_F(Cli, ExampleWritesTheSameTreeEveryTimeAndNeverOverOwnFiles) {
+    auto tree = [](const fs::path& root) {
+        std::map<std::string, std::string> files;
+        for (const auto& entry : fs::recursive_directory_iterator(root))
+            if (entry.is_regular_file())
+                files[fs::relative(entry.path(), root)] = testing::readFile(entry.path());
+        return files;
+    };
+    fs::create_directories(dir.path() + "/empty");
+    auto r = runCli({"example", dir.path() + "/empty"});
     ASSERT_EQ(r.status, 0) << r.err;
-    Json j = Json::parse(r.out);
-    EXPECT_EQ(j["title"], "Visa 2025");
-    EXPECT_EQ(j["maxFileMB"], 10);
-    EXPECT_EQ(j["messagesPerMonth"], 5);
+    EXPECT_EQ(r.out, "Wrote the example materials folder to " + dir.path() + "/empty.\n");
+    ASSERT_EQ(runCli({"example", dir.path() + "/new/inner"}).status, 0);
+    auto first = tree(dir.path() + "/empty");
+    EXPECT_GE(first.size(), 12u);
+    EXPECT_EQ(first, tree(dir.path() + "/new/inner"));
+    EXPECT_TRUE(first.contains("WhatsApp Chat - Jonas Berg.zip"));
 
-    std::string bad = dir.write("bad.json", R"({"tilte": "x"})");
-    r = run({"settings", "--settings", bad});
-    EXPECT_EQ(r.status, 2);
-    EXPECT_NE(r.err.find("\u201ctilte\u201d"), std::string::npos);
-
-    std::string wrong = dir.write("wrong.json", R"({"maxFileMB": "ten"})");
-    r = run({"settings", "--settings", wrong});
-    EXPECT_EQ(r.status, 2);
-    EXPECT_NE(r.err.find("maxFileMB"), std::string::npos);
-
-    r = run({"settings", "--set", "maxFileMB=ten"});
-    EXPECT_EQ(r.status, 2);
-    r = run({"settings", "--set", "nokey"});
-    EXPECT_EQ(r.status, 2);
+    dir.write("mine/notes.txt", "my own file");
+    r = runCli({"example", dir.path() + "/mine"});
+    EXPECT_EQ(r.status, 1);
+    EXPECT_NE(r.err.find("is not empty."), std::string::npos) << r.err;
+    EXPECT_EQ(tree(dir.path() + "/mine").size(), 1u);
 }
 
-TEST_F(Cli, HelpForTheToolAndEachCommand) {
-    Outcome r = run({"--help"});
-    EXPECT_EQ(r.status, 0);
-    EXPECT_NE(r.out.find("scan FOLDER"), std::string::npos);
-    r = run({"scan", "--help"});
-    EXPECT_EQ(r.status, 0);
-    EXPECT_NE(r.out.find("Usage: kinfolio-cli scan FOLDER"), std::string::npos);
-    r = run({"frobnicate"});
+TEST_F(Cli, GuidesPrintAllOrOne) {
+    auto r = runCli({"guides"});
+    ASSERT_EQ(r.status, 0);
+    EXPECT_TRUE(r.out.starts_with("How do I export my chats?\n\nWhatsApp on iPhone\n"));
+    for (const char* title : {"WhatsApp on Android", "Telegram", "Messenger", "Instagram", "LINE",
+                              "iMessage (with Quillory)", "Chat spreadsheet (CSV)", "E-mail"})
+        EXPECT_NE(r.out.find(std::string("\n") + title + "\n"), std::string::npos) << title;
+    r = runCli({"guides", "telegram"});
+    ASSERT_EQ(r.status, 0);
+    EXPECT_TRUE(r.out.starts_with("Telegram\n  1. "));
+    EXPECT_NE(r.out.find("\u201cMachine-readable JSON\u201d"), std::string::npos);
+    EXPECT_EQ(r.out.find("WhatsApp"), std::string::npos);
+    r = runCli({"guides", "whatsapp"});  // two apps start so
     EXPECT_EQ(r.status, 2);
-    EXPECT_NE(r.err.find("unknown command"), std::string::npos);
-    EXPECT_EQ(run({}).status, 2);
-    EXPECT_EQ(run({"scan", "--bogus"}).status, 2);
-}
-
-// The real program, once, as a user runs it.
-TEST_F(Cli, TheProgramRunsAndPrintsJson) {
-    TempFolder dir;
-    dir.write("notes.docx", "x");
-    std::string command = std::string(KINFOLIO_CLI_BINARY) + " scan '" + dir.path() + "' --json";
-    FILE* pipe = ::popen(command.c_str(), "r");
-    ASSERT_NE(pipe, nullptr);
-    std::string out;
-    char buf[4096];
-    while (size_t n = std::fread(buf, 1, sizeof buf, pipe))
-        out.append(buf, n);
-    EXPECT_EQ(::pclose(pipe), 0);
-    EXPECT_EQ(Json::parse(out)["skipped"][0]["reason"], "Not a file type Kinfolio reads.");
+    EXPECT_TRUE(
+        r.err.starts_with("kinfolio-cli: no guide for \"whatsapp\". Choose one of: "
+                          "whatsapp-iphone, whatsapp-android, "))
+        << r.err;
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 #include "gui/main_window.h"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <time.h>
 #include <unistd.h>
 #include <QAbstractButton>
@@ -21,9 +20,9 @@
 #include <QTimer>
 
 #include <atomic>
-#include <csignal>
 #include <filesystem>
 #include <iostream>
+#include <optional>
 
 #include "example/example_folder.h"
 #include "gui/item_picker.h"
@@ -32,6 +31,7 @@
 #include "gui/settings_panel.h"
 #include "gui/sources_panel.h"
 #include "model/calendar.h"
+#include "support/full_disk.h"
 #include "support/pdf_reader.h"
 #include "support/temp_folder.h"
 
@@ -78,12 +78,18 @@ protected:
     MainWindowTest() {
         // The real services, with the renders counted and their sizes seen.
         AppServices services = AppServices::standard();
-        auto make = services.make;
-        services.make = [make, renders = renders, items = lastRenderItems](const ExportInput& in) {
+        services.make = [make = services.make, renders = renders,
+                         items = lastRenderItems](const ExportInput& in) {
             ++*renders;
             *items = in.items.size();
             return make(in);
         };
+        openWindow(services);
+    }
+
+    // A window over the same stored settings, as the next run of the program.
+    void openWindow(const AppServices& services = AppServices::standard()) {
+        window.reset();
         window =
             std::make_unique<MainWindow>(services, SettingsStore(home.path() + "/settings.json"),
                                          QString::fromStdString(home.path() + "/window.ini"));
@@ -119,10 +125,6 @@ protected:
     }
 
     size_t selectedCount() { return state().selected.size(); }
-
-    std::string write(const std::string& relative, const std::string& bytes) {
-        return materials.write(relative, bytes);
-    }
     std::string folder() { return materials.path(); }
 
     testing::ScopedHome home;
@@ -135,8 +137,8 @@ protected:
 
 TEST_F(MainWindowTest, FromAFolderToASavedPdfThroughTheWindow) {
     EXPECT_EQ(window->currentPage(), window->startPage());
-    write("WhatsApp Chat with Sam Lee.txt", chat(40, "Sam Lee"));
-    write("WhatsApp Chat with Kim Park.txt", chat(40, "Kim Park"));
+    materials.write("WhatsApp Chat with Sam Lee.txt", chat(40, "Sam Lee"));
+    materials.write("WhatsApp Chat with Kim Park.txt", chat(40, "Kim Park"));
     std::string untouched = testing::folderFingerprint(folder());
 
     window->openFolder(QString::fromStdString(folder()));
@@ -201,18 +203,14 @@ TEST_F(MainWindowTest, FromAFolderToASavedPdfThroughTheWindow) {
     // Every change was saved: a new window over the same store reopens the
     // folder with the same settings.
     Settings saved = state().settings;
-    window.reset();
-    window = std::make_unique<MainWindow>(AppServices::standard(),
-                                          SettingsStore(home.path() + "/settings.json"),
-                                          QString::fromStdString(home.path() + "/window.ini"));
-    window->start();
+    openWindow();
     EXPECT_EQ(state().folder, folder());
     EXPECT_EQ(state().settings, saved);
     ASSERT_TRUE(idle());
 }
 
 TEST_F(MainWindowTest, TenEditsRenderOncePreviewOf300ShowsTheNoteExportHoldsAll) {
-    write("WhatsApp Chat with Sam Lee.txt", chat(300, "Sam Lee"));
+    materials.write("WhatsApp Chat with Sam Lee.txt", chat(300, "Sam Lee"));
     window->settings()->messagesPerMonth->setValue(0);  // shown as "All"
     window->openFolder(QString::fromStdString(folder()));
     ASSERT_TRUE(previewShown());
@@ -244,14 +242,14 @@ TEST_F(MainWindowTest, TenEditsRenderOncePreviewOf300ShowsTheNoteExportHoldsAll)
 
 // Quiet states and bad input each end in a sentence on screen.
 TEST_F(MainWindowTest, BadInputGetsASentenceNeverACrash) {
-    write("notes.txt", "just my notes");
+    materials.write("notes.txt", "just my notes");
     window->openFolder(QString::fromStdString(folder()));
     ASSERT_TRUE(idle());
     ASSERT_NE(window->currentPage(), nullptr);
     EXPECT_TRUE(dynamic_cast<EmptyPage*>(window->currentPage()));
 
     // A folder that vanishes while it is shown, then rescanned.
-    write("WhatsApp Chat with Sam Lee.txt", chat(20, "Sam Lee"));
+    materials.write("WhatsApp Chat with Sam Lee.txt", chat(20, "Sam Lee"));
     window->action("Rescan")->trigger();
     ASSERT_TRUE(previewShown());
     fs::rename(folder(), folder() + "-moved");
@@ -282,21 +280,12 @@ TEST_F(MainWindowTest, BadInputGetsASentenceNeverACrash) {
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.target);
-        rlimit before{};
-        getrlimit(RLIMIT_FSIZE, &before);
-        auto restore = [&] {
-            setrlimit(RLIMIT_FSIZE, &before);
-            signal(SIGXFSZ, SIG_DFL);
-        };
-        if (c.fullDisk) {
-            signal(SIGXFSZ, SIG_IGN);
-            rlimit small{4096, before.rlim_max};
-            setrlimit(RLIMIT_FSIZE, &small);
-        }
+        std::optional<testing::FileSizeLimit> full;
+        if (c.fullDisk) full.emplace(4096);
         answerFileDialog(QString::fromStdString(c.target));
         window->exportWithDialog();
         bool done = idle();
-        restore();
+        full.reset();
         ASSERT_TRUE(done);
         ASSERT_TRUE(QTest::qWaitFor([&] { return window->alert()->isVisible(); }));
         EXPECT_EQ(window->alert()->text().toStdString().rfind(c.starts, 0), 0u)
@@ -310,18 +299,11 @@ TEST_F(MainWindowTest, BadInputGetsASentenceNeverACrash) {
 }
 
 TEST_F(MainWindowTest, ClosingDuringAScanOrAnExportLeavesNothingHalfWritten) {
-    write("WhatsApp Chat with Sam Lee.txt", chat(300, "Sam Lee"));
+    materials.write("WhatsApp Chat with Sam Lee.txt", chat(300, "Sam Lee"));
     window->openFolder(QString::fromStdString(folder()));
     EXPECT_EQ(state().phase, Phase::scanning);
     window->close();
-    window.reset();
-
-    window = std::make_unique<MainWindow>(AppServices::standard(),
-                                          SettingsStore(home.path() + "/settings.json"),
-                                          QString::fromStdString(home.path() + "/window.ini"));
-    window->reveal = [](const QString&) {};
-    window->show();
-    window->start();
+    openWindow();
     ASSERT_TRUE(previewShown());
     window->model().exportPDF(out.path() + "/closing.pdf");
     EXPECT_TRUE(state().isExporting);
@@ -383,7 +365,7 @@ TEST_F(MainWindowTest, TheWindowStaysResponsiveDuringAScanAndAPreview) {
 // Every control can be reached with the keyboard and has a name a screen
 // reader can say.
 TEST_F(MainWindowTest, EveryControlIsNamedAndReachableByKeyboard) {
-    write("WhatsApp Chat with Sam Lee.txt", chat(20, "Sam Lee"));
+    materials.write("WhatsApp Chat with Sam Lee.txt", chat(20, "Sam Lee"));
     window->openFolder(QString::fromStdString(folder()));
     ASSERT_TRUE(previewShown());
     std::vector<QWidget*> controls;

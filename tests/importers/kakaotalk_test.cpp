@@ -2,24 +2,17 @@
 
 #include <gtest/gtest.h>
 
-#include "model/calendar.h"
+#include "support/chat_items.h"
 #include "support/evidence_error.h"
 
 namespace kinfolio::Importer {
 namespace {
 
-struct Message {
-    int64_t line;
-    std::string written;  // the date as "yyyy-MM-dd HH:mm"
-    std::string sender;   // empty for a system line
-    std::string text;
-};
-
 struct Export {
     const char* name;
     std::string text;
     std::string title;
-    std::vector<Message> messages;
+    std::vector<std::string> items;
 };
 
 const std::string kEnglishHead = "KakaoTalk Chats with Sam Lee\nDate Saved : 2023-03-10 14:00\n\n";
@@ -30,54 +23,50 @@ const Export kExports[] = {
      kEnglishHead + "Saturday, March 4, 2023\n6:12pm, March 4, 2023, Sam Lee : Hello\n"
                     "12:05 AM, Mar 5, 2023, Alex Morgan : Still up?\n",
      "Sam Lee",
-     {{5, "2023-03-04 18:12", "Sam Lee", "Hello"},
-      {6, "2023-03-05 00:05", "Alex Morgan", "Still up?"}}},
+     {"5 2023-03-04 18:12:00 Sam Lee: Hello", "6 2023-03-05 00:05:00 Alex Morgan: Still up?"}},
     {"EnglishIos",
      kEnglishHead + "Saturday, March 4, 2023\nMar 4, 2023, 6:12 PM, Sam Lee : Note : bring tea\n"
                     "Mar 4, 2023 at 18:30, Alex Morgan : OK\n",
      "Sam Lee",
-     {{5, "2023-03-04 18:12", "Sam Lee", "Note : bring tea"},
-      {6, "2023-03-04 18:30", "Alex Morgan", "OK"}}},
+     {"5 2023-03-04 18:12:00 Sam Lee: Note : bring tea", "6 2023-03-04 18:30:00 Alex Morgan: OK"}},
     {"KoreanAndroid",
      kKoreanHead + "2023년 3월 4일 토요일\n2023년 3월 4일 오후 6:12, Sam Lee : 안녕\n"
                    "2023년 3월 5일 오전 12:30\n2023년 3월 5일 오전 12:30, 이수진 : 잘 자\n",
      "Sam Lee",
-     {{5, "2023-03-04 18:12", "Sam Lee", "안녕"}, {7, "2023-03-05 00:30", "이수진", "잘 자"}}},
+     {"5 2023-03-04 18:12:00 Sam Lee: 안녕", "7 2023-03-05 00:30:00 이수진: 잘 자"}},
     {"KoreanIos",
      kKoreanHead + "2023년 3월 4일 토요일\n2023. 3. 4. 오후 12:05, Sam Lee : 점심 먹었어?\n"
                    "2023. 3. 4. 21:40, 이수진 : 응\n",
      "Sam Lee",
-     {{5, "2023-03-04 12:05", "Sam Lee", "점심 먹었어?"}, {6, "2023-03-04 21:40", "이수진", "응"}}},
+     {"5 2023-03-04 12:05:00 Sam Lee: 점심 먹었어?", "6 2023-03-04 21:40:00 이수진: 응"}},
     {"WindowsEnglish",
      "\uFEFFKakaoTalk Chats with Sam Lee\r\nDate Saved : 2023-03-10 14:00\r\n\r\n"
      "--------------- Saturday, March 4, 2023 ---------------\r\n[Sam Lee] [6:12 PM] Hello\r\n"
      "--------------- Sunday, March 5, 2023 ---------------\r\n[Alex Morgan] [9:01 AM] Morning\r\n",
      "Sam Lee",
-     {{5, "2023-03-04 18:12", "Sam Lee", "Hello"},
-      {7, "2023-03-05 09:01", "Alex Morgan", "Morning"}}},
+     {"5 2023-03-04 18:12:00 Sam Lee: Hello", "7 2023-03-05 09:01:00 Alex Morgan: Morning"}},
     {"WindowsKorean",
      kKoreanHead + "--------------- 2023년 3월 4일 토요일 ---------------\n"
                    "[Sam Lee] [오후 6:12] 안녕\n이수진님이 들어왔습니다.\n"
                    "[이수진] [오후 6:15] 반가워\n또 봐\n",
      "Sam Lee",
-     {{5, "2023-03-04 18:12", "Sam Lee", "안녕"},
-      {6, "2023-03-04 18:12", "", "이수진님이 들어왔습니다."},
-      {7, "2023-03-04 18:15", "이수진", "반가워\n또 봐"}}},
+     {"5 2023-03-04 18:12:00 Sam Lee: 안녕", "6 2023-03-04 18:12:00 note: 이수진님이 들어왔습니다.",
+      "7 2023-03-04 18:15:00 이수진: 반가워\n또 봐"}},
     {"SystemLinesWithoutATitle",
      "Mar 4, 2023, 6:10 PM, Sam Lee invited Alex Morgan.\n"
      "Mar 4, 2023, 6:11 PM, Alex Morgan joined this chatroom.\n"
      "Mar 4, 2023, 6:12 PM, Alex Morgan : Hi\n2023. 3. 5. 오전 9:00, Sam Lee님이 나갔습니다.\n",
      "",
-     {{1, "2023-03-04 18:10", "", "Sam Lee invited Alex Morgan."},
-      {2, "2023-03-04 18:11", "", "Alex Morgan joined this chatroom."},
-      {3, "2023-03-04 18:12", "Alex Morgan", "Hi"},
-      {4, "2023-03-05 09:00", "", "Sam Lee님이 나갔습니다."}}},
+     {"1 2023-03-04 18:10:00 note: Sam Lee invited Alex Morgan.",
+      "2 2023-03-04 18:11:00 note: Alex Morgan joined this chatroom.",
+      "3 2023-03-04 18:12:00 Alex Morgan: Hi",
+      "4 2023-03-05 09:00:00 note: Sam Lee님이 나갔습니다."}},
     {"ContinuationLines",
      kEnglishHead + "Mar 4, 2023, 6:12 PM, Sam Lee : First line\nsecond line\n\n"
                     "Sam Lee joined this chatroom.\nMar 4, 2023, 6:13 PM, Alex Morgan : OK\n",
      "Sam Lee",
-     {{4, "2023-03-04 18:12", "Sam Lee", "First line\nsecond line\nSam Lee joined this chatroom."},
-      {8, "2023-03-04 18:13", "Alex Morgan", "OK"}}},
+     {"4 2023-03-04 18:12:00 Sam Lee: First line\nsecond line\nSam Lee joined this chatroom.",
+      "8 2023-03-04 18:13:00 Alex Morgan: OK"}},
 };
 
 TEST(KakaoTalk, EachFormReadsToMessagesSendersTimesAsWrittenAndContinuations) {
@@ -86,16 +75,7 @@ TEST(KakaoTalk, EachFormReadsToMessagesSendersTimesAsWrittenAndContinuations) {
         EXPECT_TRUE(looksLikeKakaoTalk(e.text) || e.title.empty());
         KakaoTalkChat chat = kakaoTalk(e.text, "f");
         EXPECT_EQ(chat.title, e.title);
-        ASSERT_EQ(chat.items.size(), e.messages.size());
-        for (size_t i = 0; i < e.messages.size(); ++i) {
-            const Evidence& item = chat.items[i];
-            const Message& want = e.messages[i];
-            EXPECT_EQ(item.position, want.line) << i;
-            EXPECT_EQ(Calendar::format(item.date, "yyyy-MM-dd HH:mm"), want.written) << i;
-            EXPECT_EQ(item.sender, want.sender) << i;
-            EXPECT_EQ(item.text, want.text) << i;
-            EXPECT_EQ(item.isSystem(), want.sender.empty()) << i;
-        }
+        EXPECT_EQ(testing::itemLines(chat.items), e.items);
     }
 }
 

@@ -24,36 +24,33 @@ std::string written(Instant t) {
     return format(t, "yyyy-MM-dd HH:mm");
 }
 
-// One message under a day header, for the cases that only vary one line.
-LineChat chatWith(const std::string& dayHeader, const std::string& messageLine) {
-    return line("[LINE] Chat history with Sam\n" + dayHeader + "\n" + messageLine + "\n", "f");
+TEST(LineDay, ReadsTheHeadersOfEachLanguageAndRefusesOtherLines) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"Sat, 2025/06/14", "2025-06-14 00:00"},
+        {"2025/06/14(Sat)", "2025-06-14 00:00"},
+        {"2025.06.14 \u571F\u66DC\u65E5", "2025-06-14 00:00"},
+        {"2025/6/4 \u661F\u671F\u4E09", "2025-06-04 00:00"},
+        {"Saturday 2025-06-14", "2025-06-14 00:00"},
+        // Full-width digits are read, not a crash.
+        {"\uFF12\uFF10\uFF12\uFF15/\uFF10\uFF16/\uFF11\uFF14", "2025-06-14 00:00"},
+        {"2025/13/01", "none"},
+        {"2025/02/30", "none"},
+        {"09:15\tSam\t2025/06/14", "none"},
+        {"Saved on: 2025/07/01 10:00", "none"},
+        {"", "none"},
+    };
+    for (const auto& [text, day] : cases) {
+        auto d = lineDay(text);
+        EXPECT_EQ(d ? written(*d) : "none", day) << text;
+    }
 }
 
-TEST(LineDay, ReadsEnglishJapaneseAndChineseHeaders) {
-    EXPECT_EQ(written(*lineDay("Sat, 2025/06/14")), "2025-06-14 00:00");
-    EXPECT_EQ(written(*lineDay("2025/06/14(Sat)")), "2025-06-14 00:00");
-    EXPECT_EQ(written(*lineDay("2025.06.14 \u571F\u66DC\u65E5")), "2025-06-14 00:00");
-    EXPECT_EQ(written(*lineDay("2025/6/4 \u661F\u671F\u4E09")), "2025-06-04 00:00");
-    EXPECT_EQ(written(*lineDay("Saturday 2025-06-14")), "2025-06-14 00:00");
-}
-
-TEST(LineDay, RefusesOtherLinesAndImpossibleDays) {
-    EXPECT_FALSE(lineDay("2025/13/01"));
-    EXPECT_FALSE(lineDay("2025/02/30"));
-    EXPECT_FALSE(lineDay("09:15\tSam\t2025/06/14"));
-    EXPECT_FALSE(lineDay("Saved on: 2025/07/01 10:00"));
-    EXPECT_FALSE(lineDay(""));
-}
-
-TEST(LineDay, FullWidthDigitsAreReadNotACrash) {
-    EXPECT_EQ(written(*lineDay("\uFF12\uFF10\uFF12\uFF15/\uFF10\uFF16/\uFF11\uFF14")),
-              "2025-06-14 00:00");
-}
-
-// An item as the export tables list it: the time as written, who, what.
+// An item as the export tables list it: the time as written, who, what, and
+// a call's length.
 std::string shown(const Evidence& e) {
     std::string s = written(e.date) + " " + (e.isSystem() ? "note" : e.sender) + ": " + e.text;
-    if (e.kind == ItemKind::call) s += " " + duration(e.details().duration.value_or(0));
+    auto length = e.details().duration;
+    if (e.kind == ItemKind::call) s += " " + (length ? duration(*length) : "(no length)");
     return s;
 }
 
@@ -142,14 +139,40 @@ TEST(Line, ReadsEachLanguageFromThePhoneAndThePC) {
           "2023-03-04 21:02 Sam Lee: Alex Morgan drives then",
           "2023-03-04 21:03 note: Sam Lee unsent a message.",
           "2023-03-04 21:05 Alex Morgan: Call 45 min 10 s"}},
+        // Phone lines one by one, each line a case of its own.
+        {"Phone, twelve-hour times with and without a space",
+         "Sat, 2025/06/14\n09:05 PM\tSam\tA\n09:05PM\tSam\tB\n12:30 am\tSam\tC\n"
+         "9:05\tSam\tD\n",
+         "",
+         {"2025-06-14 21:05 Sam: A", "2025-06-14 21:05 Sam: B", "2025-06-14 00:30 Sam: C",
+          "2025-06-14 09:05 Sam: D"}},
+        {"Phone, weekday behind the day and later days",
+         "[LINE] Sam & Alex\n2025/06/14(Sat)\n23:59\tSam\tLate\n"
+         "2025.06.15 \u65E5\u66DC\u65E5\n00:01\tAlex\tEarly\n",
+         "Sam & Alex",
+         {"2025-06-14 23:59 Sam: Late", "2025-06-15 00:01 Alex: Early"}},
+        {"Phone, a message before the first day, quotes, saved-on and empty lines",
+         "[LINE] Chat history with Sam\n08:00\tSam\tToo early\nSat, 2025/06/14\n"
+         "09:00\tAlex\t\"Quoted\"\n10:00\tSam\tOne\n\nmore\nSaved on: 2025/07/01 10:00\n\n",
+         "Sam",
+         {"2025-06-14 09:00 Alex: \"Quoted\"",
+          "2025-06-14 10:00 Sam: One\nmore\nSaved on: 2025/07/01 10:00"}},
+        {"Phone, call notices",
+         "Sat, 2025/06/14\n10:00\tSam\t\u260E Missed call\n10:01\tSam\tCall time 3:05\n"
+         "10:02\tSam\tCALL TIME 3:05\n10:03\tSam\tCall time: 3:05\n10:04\tSam\tCall me at 3:05\n",
+         "",
+         {"2025-06-14 10:00 Sam: Missed call 0 s", "2025-06-14 10:01 Sam: Call 3 min 5 s",
+          "2025-06-14 10:02 Sam: Call 3 min 5 s", "2025-06-14 10:03 Sam: Call 3 min 5 s",
+          "2025-06-14 10:04 Sam: Call me at 3:05"}},
     };
     for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
         LineChat chat = line(c.text, "f");
         std::vector<std::string> items;
         for (const Evidence& e : chat.items)
             items.push_back(shown(e));
-        EXPECT_EQ(chat.title, c.title) << c.name;
-        EXPECT_EQ(items, c.items) << c.name;
+        EXPECT_EQ(chat.title, c.title);
+        EXPECT_EQ(items, c.items);
     }
 }
 
@@ -205,88 +228,17 @@ TEST(Line, WindowsLineBreaksAndByteOrderMarkReadTheSame) {
     EXPECT_EQ(line("\uFEFF" + crlf, "abc").items, line(kSample, "abc").items);
 }
 
-TEST(Line, TwelveHourTimesWithAndWithoutSpace) {
-    EXPECT_EQ(written(chatWith("Sat, 2025/06/14", "09:05 PM\tSam\tHi").items[0].date),
-              "2025-06-14 21:05");
-    EXPECT_EQ(written(chatWith("Sat, 2025/06/14", "09:05PM\tSam\tHi").items[0].date),
-              "2025-06-14 21:05");
-    EXPECT_EQ(written(chatWith("Sat, 2025/06/14", "12:30 am\tSam\tHi").items[0].date),
-              "2025-06-14 00:30");
-    EXPECT_EQ(written(chatWith("Sat, 2025/06/14", "9:05\tSam\tHi").items[0].date),
-              "2025-06-14 09:05");
-}
-
-TEST(Line, DayHeadersWithWeekdayBehindSetTheDay) {
-    EXPECT_EQ(written(chatWith("2025/06/14(Sat)", "10:00\tSam\tHi").items[0].date),
-              "2025-06-14 10:00");
-    EXPECT_EQ(written(chatWith("2025.06.15 \u65E5\u66DC\u65E5", "10:00\tSam\tHi").items[0].date),
-              "2025-06-15 10:00");
-}
-
-TEST(Line, LaterDayHeadersMoveTheDay) {
-    LineChat chat =
-        line("Sat, 2025/06/14\n23:59\tSam\tLate\nSun, 2025/06/15\n00:01\tAlex\tEarly\n", "f");
-    ASSERT_EQ(chat.items.size(), 2u);
-    EXPECT_EQ(chat.title, "");
-    EXPECT_EQ(written(chat.items[1].date), "2025-06-15 00:01");
-    EXPECT_EQ(chat.items[1].position, 4);
-}
-
-TEST(Line, OneLineQuotedMessageKeepsItsQuotes) {
-    EXPECT_EQ(chatWith("Sat, 2025/06/14", "10:00\tSam\t\"Quoted\"").items[0].text, "\"Quoted\"");
-}
-
-TEST(Line, MessageLineBeforeTheFirstDayHeaderIsIgnored) {
-    LineChat chat = line(
-        "[LINE] Chat history with Sam\n08:00\tSam\tToo early\nSat, "
-        "2025/06/14\n09:00\tAlex\tFirst\n",
-        "f");
-    ASSERT_EQ(chat.items.size(), 1u);
-    EXPECT_EQ(chat.items[0].text, "First");
-    EXPECT_EQ(chat.items[0].position, 4);
-}
-
-TEST(Line, SavedOnAfterTheFirstMessageContinuesIt) {
-    LineChat chat = line("Sat, 2025/06/14\n09:00\tSam\tHello\nSaved on: 2025/07/01 10:00\n\n", "f");
-    ASSERT_EQ(chat.items.size(), 1u);
-    EXPECT_EQ(chat.items[0].text, "Hello\nSaved on: 2025/07/01 10:00");
-}
-
-TEST(Line, EmptyLinesAreNotAppended) {
-    LineChat chat = line("Sat, 2025/06/14\n09:00\tSam\tOne\n\nmore\n", "f");
-    EXPECT_EQ(chat.items[0].text, "One\nmore");
-}
-
-TEST(Line, CallNotices) {
-    auto call = [](const std::string& text) {
-        return chatWith("Sat, 2025/06/14", "10:00\tSam\t" + text).items[0];
+TEST(Line, RefusalsNameTheProblem) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"Sat, 2025/06/14\n09:00\tSam\tHi\n25:00\tSam\tHi\n", "Could not read the time on line 3."},
+        {"Sat, 2025/06/14\n09:00\tSam\tHi\n13:00 PM\tSam\tHi\n",
+         "Could not read the time on line 3."},
+        {"", "No LINE messages found."},
+        {"[LINE] Chat history with Sam\nSaved on: 2025/07/01 10:00\n", "No LINE messages found."},
+        {"[LINE] Chat history with Sam\n09:00\tSam\tNo day yet\n", "No LINE messages found."},
     };
-    Evidence missed = call("\u260E Missed call");
-    EXPECT_EQ(missed.kind, ItemKind::call);
-    EXPECT_EQ(missed.text, "Missed call");
-    EXPECT_EQ(missed.details().duration, 0.0);
-    EXPECT_EQ(call("Call time 3:05").details().duration, 185.0);
-    EXPECT_EQ(call("CALL TIME 3:05").text, "Call");
-    EXPECT_EQ(call("Call time: 3:05").details().duration, 185.0);
-    EXPECT_EQ(call("Call me at 3:05").kind, ItemKind::message);
-}
-
-TEST(Line, TitleWithoutTheChatHistoryWords) {
-    EXPECT_EQ(line("[LINE] Sam & Alex\nSat, 2025/06/14\n09:00\tSam\tHi\n", "f").title,
-              "Sam & Alex");
-}
-
-TEST(Line, UnreadableTimeNamesItsLine) {
-    EXPECT_EQ(testing::errorOf([] { chatWith("Sat, 2025/06/14", "25:00\tSam\tHi"); }),
-              "Could not read the time on line 3.");
-    EXPECT_THROW(chatWith("Sat, 2025/06/14", "13:00 PM\tSam\tHi"), EvidenceError);
-}
-
-TEST(Line, NoMessagesIsRefused) {
-    for (const char* text : {"", "[LINE] Chat history with Sam\nSaved on: 2025/07/01 10:00\n",
-                             "[LINE] Chat history with Sam\n09:00\tSam\tNo day yet\n"}) {
-        EXPECT_EQ(testing::errorOf([&] { line(text, "f"); }), "No LINE messages found.") << text;
-    }
+    for (const auto& [text, message] : cases)
+        EXPECT_EQ(testing::errorOf([&] { line(text, "f"); }), message) << text;
 }
 
 }  // namespace

@@ -163,12 +163,6 @@ TEST(WhatsAppFast, TimestampsOfValidDatesAgree) {
     EXPECT_GT(compared, 4000);
 }
 
-}  // namespace
-}  // namespace kinfolio::Importer
-
-namespace kinfolio::Importer {
-namespace {
-
 TEST(WhatsAppFast, DateOrderDetectionAgreesWithTheExpression) {
     std::mt19937 rng(5);
     static const char* const breaks[] = {"\n", "\r\n", "\r", "\u2028", "\n\n"};

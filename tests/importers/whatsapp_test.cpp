@@ -3,108 +3,82 @@
 #include <gtest/gtest.h>
 
 #include "importers/whatsapp_line.h"
-#include "model/calendar.h"
+#include "support/chat_items.h"
 #include "support/evidence_error.h"
 #include "support/temp_folder.h"
 
 namespace kinfolio::Importer {
 namespace {
 
-using namespace Calendar;
+using testing::itemLines;
 
-Instant at(int y, int mo, int d, int h, int mi, int s = 0) {
-    return *makeDate(y, mo, d, h, mi, s);
-}
-
-std::string errorOf(std::string_view text, DateOrder order = DateOrder::dayFirst) {
-    return testing::errorOf([&] { whatsapp(text, "f", order); });
-}
-
-TEST(WhatsApp, ReadsIPhoneLinesWithSenderTextAndPosition) {
-    auto r = whatsapp(
-        "[05/01/2025, 09:00:00] Alex Morgan: Did you land safely?\n"
-        "[05/01/2025, 09:04:00] Sam Lee: Yes: just now: tired\n",
-        "abc", DateOrder::dayFirst);
-    ASSERT_EQ(r.items.size(), 2u);
-    EXPECT_EQ(r.items[0].sender, "Alex Morgan");
-    EXPECT_EQ(r.items[0].text, "Did you land safely?");
-    EXPECT_EQ(r.items[0].date, at(2025, 1, 5, 9, 0));
-    EXPECT_EQ(r.items[0].fileID, "abc");
-    EXPECT_EQ(r.items[0].position, 1);
-    EXPECT_EQ(r.items[1].sender, "Sam Lee");
-    EXPECT_EQ(r.items[1].text, "Yes: just now: tired");
-    EXPECT_EQ(r.items[1].position, 2);
-    EXPECT_FALSE(r.items[1].details().attachmentName);
-    EXPECT_TRUE(r.notes.empty());
-}
-
-TEST(WhatsApp, ReadsAndroidLinesWithHyphenEnDashAndNarrowSpace) {
-    auto r = whatsapp(
-        "5/1/25, 9:04 PM - Sam Lee: hyphen\n"
-        "5/1/25, 9:05\u202FPM - Sam Lee: narrow space\n"
-        "5/1/25, 9:06 PM \u2013 Alex: en dash\n"
-        "5/1/25, 9:07 p.m. - Alex: dotted\n",
-        "f", DateOrder::monthFirst);
-    ASSERT_EQ(r.items.size(), 4u);
-    EXPECT_EQ(r.items[0].date, at(2025, 5, 1, 21, 4));
-    EXPECT_EQ(r.items[1].date, at(2025, 5, 1, 21, 5));
-    EXPECT_EQ(r.items[1].text, "narrow space");
-    EXPECT_EQ(r.items[2].sender, "Alex");
-    EXPECT_EQ(r.items[2].text, "en dash");
-    EXPECT_EQ(r.items[3].date, at(2025, 5, 1, 21, 7));
-}
-
-TEST(WhatsApp, ContinuationLinesJoinTheMessageWithLineFeeds) {
-    auto r = whatsapp(
-        "[05/01/2025, 09:00:00] Alex: Packing now\r\n"
-        "Bring the blue scarf, it's cold here.\r\n"
-        "\r\n"
-        "See you\r"
-        "[05/01/2025, 09:10:00] Sam: ok",
-        "f", DateOrder::dayFirst);
-    ASSERT_EQ(r.items.size(), 2u);
-    EXPECT_EQ(r.items[0].text, "Packing now\nBring the blue scarf, it's cold here.\n\nSee you");
-    EXPECT_EQ(r.items[0].position, 1);
-    EXPECT_EQ(r.items[1].position, 5);
-}
-
-TEST(WhatsApp, SystemLinesHaveNoSender) {
-    auto r = whatsapp(
-        "[05/01/2025, 09:00:00] Messages and calls are end-to-end encrypted.\n"
-        "[05/01/2025, 09:01:00] \u200ESam Lee changed the group name\n",
-        "f", DateOrder::dayFirst);
-    ASSERT_EQ(r.items.size(), 2u);
-    EXPECT_EQ(r.items[0].sender, "");
-    EXPECT_EQ(r.items[0].text, "Messages and calls are end-to-end encrypted.");
-    EXPECT_TRUE(r.items[1].isSystem());
-    EXPECT_EQ(r.items[1].text, "Sam Lee changed the group name");
-}
-
-TEST(WhatsApp, InvisibleMarksAreRemovedEverywhere) {
-    auto r = whatsapp("\uFEFF[05/01/2025, 09:00:00] \u200ESam:\u200E hi\u200E\n", "f",
-                      DateOrder::dayFirst);
-    ASSERT_EQ(r.items.size(), 1u);
-    EXPECT_EQ(r.items[0].sender, "Sam");
-    EXPECT_EQ(r.items[0].text, "hi");
-}
-
-TEST(WhatsApp, TitleLineBeforeTheFirstMessageIsANote) {
-    auto r = whatsapp("WhatsApp Chat with Sam\n\n[05/01/2025, 09:00:00] Sam: hi\n", "f",
-                      DateOrder::dayFirst);
-    ASSERT_EQ(r.items.size(), 1u);
-    EXPECT_EQ(r.notes, std::vector<std::string>{"Ignored header line 1."});
-    EXPECT_EQ(r.items[0].position, 3);
+TEST(WhatsApp, ReadsEachPhonesLinesToMessages) {
+    struct Case {
+        const char* name;
+        std::string text;
+        DateOrder order;
+        std::vector<std::string> items;
+        std::vector<std::string> notes;
+    } cases[] = {
+        {"iPhone lines; colons after the sender's belong to the text",
+         "[05/01/2025, 09:00:00] Alex Morgan: Did you land safely?\n"
+         "[05/01/2025, 09:04:00] Sam Lee: Yes: just now: tired\n",
+         DateOrder::dayFirst,
+         {"1 2025-01-05 09:00:00 Alex Morgan: Did you land safely?",
+          "2 2025-01-05 09:04:00 Sam Lee: Yes: just now: tired"},
+         {}},
+        {"Android lines with hyphen, en dash, narrow space and dotted marker",
+         "5/1/25, 9:04 PM - Sam Lee: hyphen\n5/1/25, 9:05\u202FPM - Sam Lee: narrow space\n"
+         "5/1/25, 9:06 PM \u2013 Alex: en dash\n5/1/25, 9:07 p.m. - Alex: dotted\n",
+         DateOrder::monthFirst,
+         {"1 2025-05-01 21:04:00 Sam Lee: hyphen", "2 2025-05-01 21:05:00 Sam Lee: narrow space",
+          "3 2025-05-01 21:06:00 Alex: en dash", "4 2025-05-01 21:07:00 Alex: dotted"},
+         {}},
+        {"continuation lines join the message with line feeds, whatever the line ends",
+         "[05/01/2025, 09:00:00] Alex: Packing now\r\nBring the blue scarf, it's cold here.\r\n"
+         "\r\nSee you\r[05/01/2025, 09:10:00] Sam: ok",
+         DateOrder::dayFirst,
+         {"1 2025-01-05 09:00:00 Alex: Packing now\nBring the blue scarf, it's cold here.\n\n"
+          "See you",
+          "5 2025-01-05 09:10:00 Sam: ok"},
+         {}},
+        {"system lines have no sender; invisible marks are removed everywhere",
+         "\uFEFF[05/01/2025, 09:00:00] Messages and calls are end-to-end encrypted.\n"
+         "[05/01/2025, 09:01:00] \u200ESam Lee changed the group name\n"
+         "[05/01/2025, 09:02:00] \u200ESam:\u200E hi\u200E\n",
+         DateOrder::dayFirst,
+         {"1 2025-01-05 09:00:00 note: Messages and calls are end-to-end encrypted.",
+          "2 2025-01-05 09:01:00 note: Sam Lee changed the group name",
+          "3 2025-01-05 09:02:00 Sam: hi"},
+         {}},
+        {"a title line before the first message is a note",
+         "WhatsApp Chat with Sam\n\n[05/01/2025, 09:00:00] Sam: hi\n",
+         DateOrder::dayFirst,
+         {"3 2025-01-05 09:00:00 Sam: hi"},
+         {"Ignored header line 1."}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        auto r = whatsapp(c.text, "abc", c.order);
+        EXPECT_EQ(itemLines(r.items), c.items);
+        EXPECT_EQ(r.notes, c.notes);
+        EXPECT_EQ(r.items.at(0).fileID, "abc");
+    }
 }
 
 TEST(WhatsApp, RefusalsNameTheLine) {
-    EXPECT_EQ(errorOf("[05/01/2025, 09:00:00] Sam: hi\n05/01/2025 Unsupported\n"),
-              "Unsupported timestamp on line 2.");
-    EXPECT_EQ(errorOf("[05/01/2025, 09:00:00] Sam: hi\n[31/02/2025, 09:00:00] Sam: no\n"),
-              "Could not read the date on line 2.");
-    EXPECT_EQ(errorOf("[13/01/2025, 09:00:00] Sam: hi\n", DateOrder::monthFirst),
-              "Could not read the date on line 1.");
-    EXPECT_EQ(errorOf("just some text\n\nmore\n"), "No WhatsApp messages found.");
-    EXPECT_EQ(errorOf(""), "No WhatsApp messages found.");
+    const std::tuple<const char*, DateOrder, const char*> cases[] = {
+        {"[05/01/2025, 09:00:00] Sam: hi\n05/01/2025 Unsupported\n", DateOrder::dayFirst,
+         "Unsupported timestamp on line 2."},
+        {"[05/01/2025, 09:00:00] Sam: hi\n[31/02/2025, 09:00:00] Sam: no\n", DateOrder::dayFirst,
+         "Could not read the date on line 2."},
+        {"[13/01/2025, 09:00:00] Sam: hi\n", DateOrder::monthFirst,
+         "Could not read the date on line 1."},
+        {"just some text\n\nmore\n", DateOrder::dayFirst, "No WhatsApp messages found."},
+        {"", DateOrder::dayFirst, "No WhatsApp messages found."},
+    };
+    for (const auto& [text, order, message] : cases)
+        EXPECT_EQ(testing::errorOf([&] { whatsapp(text, "f", order); }), message) << text;
 }
 
 TEST(WhatsApp, NormalisesOnlyExactDottedMarkers) {

@@ -31,14 +31,12 @@ protected:
     }
 };
 
-TEST_F(PaginationTest, BreakBeforeOnTheFirstPieceLeavesNoBlankPage) {
+// A break before the first piece, or before each of several pieces in a
+// row, never leaves a blank page.
+TEST_F(PaginationTest, BreaksNeverLeaveABlankPage) {
     auto pdf = pagesOf({named("alpha", 20, false, true), named("beta", 20)});
     ASSERT_EQ(pdf.pages.size(), 1u);
-    EXPECT_NE(pdf.pages[0].find("alpha"), std::string::npos);
-    EXPECT_NE(pdf.pages[0].find("beta"), std::string::npos);
-}
-
-TEST_F(PaginationTest, BreaksInARowNeverLeaveABlankPage) {
+    EXPECT_NE(pdf.pages[0].find("alpha\nbeta"), std::string::npos) << pdf.pages[0];
     auto result = paginate(
         {named("alpha", 20), named("beta", 20, false, true), named("gamma", 20, false, true)}, 842);
     ASSERT_EQ(result.pages.size(), 3u);
@@ -46,9 +44,6 @@ TEST_F(PaginationTest, BreaksInARowNeverLeaveABlankPage) {
         ASSERT_EQ(page.size(), 1u);
         EXPECT_EQ(page[0].top, 76);
     }
-    auto pdf = readPDF(layout.render(result.pages));
-    EXPECT_NE(pdf.pages[1].find("beta"), std::string::npos);
-    EXPECT_NE(pdf.pages[2].find("gamma"), std::string::npos);
 }
 
 TEST_F(PaginationTest, KeepWithNextChainMovesWhole) {

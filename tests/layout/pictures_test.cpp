@@ -2,40 +2,16 @@
 
 #include <cmath>
 #include <filesystem>
-#include <sstream>
 
-#include "app/export_job.h"
-#include "cli/cli.h"
 #include "media/test_images.h"
-#include "scan/scanner.h"
-#include "support/pdf_reader.h"
-#include "support/temp_folder.h"
+#include "support/layout_export.h"
 
 // Pictures from the folder to the page, checked as a user meets them: the
 // command line scans and exports, and the written PDF is read back.
 namespace kinfolio {
 namespace {
 
-using testing::readFile;
-using testing::TempFolder;
-
-class Pictures : public ::testing::Test {
-protected:
-    // Exports the folder with every item and the given hidden words; the
-    // bytes of the PDF, or a failure with what the command said.
-    std::string exportPDF(const std::string& hidden = "") {
-        std::string target = output.path() + "/out.pdf";
-        std::ostringstream out, err;
-        int status = cli::run({"export", materials.path(), "-o", target, "--set",
-                               "photosPerMonth=0", "--set", "hiddenText=" + hidden},
-                              out, err);
-        EXPECT_EQ(status, 0) << err.str();
-        return readFile(target);
-    }
-
-    testing::ScopedHome home;
-    TempFolder materials, output;
-};
+using Pictures = testing::LayoutExport;
 
 // The pictures drawn on all pages of the document.
 size_t imageCount(const std::string& pdf) {
@@ -55,10 +31,7 @@ TEST_F(Pictures, AScreenshotLineWithAHiddenWordIsBlackedOutAndTheOtherStaysReada
 
     std::string pdf = exportPDF("sam");
     auto read = testing::readPDF(pdf);
-    int page = -1;
-    for (size_t i = 0; i < read.pages.size(); ++i)
-        if (read.flat(i).find("Screenshot \u00B7 1 line covered") != std::string::npos)
-            page = static_cast<int>(i);
+    int page = pageWith(read, "Screenshot \u00B7 1 line covered");
     ASSERT_GE(page, 0) << read.allFlat();
 
     // The picture is drawn at most 320 pt tall: 1170 × 2532 px at 0.126 pt
@@ -127,12 +100,7 @@ TEST_F(Pictures, APhotoDeletedAfterTheScanCostsOnlyItsPicture) {
     materials.write("kept.jpg", testing::encode(testing::noiseImage(64, 48), ".jpg"));
     std::string gone =
         materials.write("gone.jpg", testing::encode(testing::noiseImage(48, 64), ".jpg"));
-    ScanResult scan = Scanner::scan(materials.path(), DateOrder::automatic, "UTC");
-    std::filesystem::remove(gone);
-    Settings settings = Settings::defaults();
-    std::string target = output.path() + "/out.pdf";
-    ExportJob::run(AppServices::standard(), scan, settings, target);
-    std::string pdf = readFile(target);
+    std::string pdf = exportAfterScan([&] { std::filesystem::remove(gone); });
     EXPECT_EQ(imageCount(pdf), 1u);
     EXPECT_NE(testing::readPDF(pdf).allFlat().find("gone.jpg"), std::string::npos)
         << "the appendix still lists the file that was read";

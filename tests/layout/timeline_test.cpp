@@ -47,11 +47,7 @@ TEST(Timeline, GroupsByTypeOfEvidence) {
     EXPECT_EQ(titles, (std::vector<std::string>{"Communication", "Photos and videos",
                                                 "Certificates", "Other documents"}));
     EXPECT_EQ(sections[0].items.front().kind, ItemKind::screenshot);
-}
-
-TEST(Timeline, NoItemsGiveNoBodyPieces) {
-    Layout layout(ExportInput{});
-    EXPECT_TRUE(layout.timeline().empty());
+    EXPECT_TRUE(Layout(ExportInput{}).timeline().empty()) << "no items give no body pieces";
 }
 
 TEST(Timeline, OneDaySeparatorPerDayAndMonthSubheadingsByType) {

@@ -9,7 +9,6 @@
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
-#include <functional>
 
 #include "media/test_images.h"
 #include "model/calendar.h"
@@ -51,9 +50,8 @@ std::string png(int w, int h, const std::vector<std::pair<std::string, std::stri
 
 struct ImageCase {
     const char* name;
-    std::function<std::string()> bytes;
-    bool opens = true;
-    bool screenshot = false;
+    std::string bytes;
+    bool opens = true, screenshot = false;
     std::optional<Instant> date = std::nullopt;      // read from the metadata
     std::optional<Instant> fallback = std::nullopt;  // from the name, else the modification time
     int width = 0, height = 0;                       // checked when set
@@ -61,90 +59,45 @@ struct ImageCase {
 
 TEST(ImageInfo, DatesAndScreenshotRules) {
     const time_t modified = 1685613600;  // 2023-06-01 10:00:00 UTC
-    const std::vector<ImageCase> cases = {
-        {.name = "IMG_20250412_160000.jpg",
-         .bytes = [] { return jpeg(64, 48); },
-         .fallback = at(2025, 4, 12, 16),
-         .width = 64,
-         .height = 48},
-        {.name = "Screenshot 2025-04-12 at 16.00.00.png",
-         .bytes = [] { return png(64, 48); },
-         .screenshot = true,
-         .fallback = at(2025, 4, 12, 16)},
+    const auto none = std::nullopt;
+    std::string noise = encode(testing::noiseImage(400, 300), ".jpg");
+    const ImageCase cases[] = {
+        {"IMG_20250412_160000.jpg", jpeg(64, 48), true, false, none, at(2025, 4, 12, 16), 64, 48},
+        {"Screenshot 2025-04-12 at 16.00.00.png", png(64, 48), true, true, none,
+         at(2025, 4, 12, 16)},
         // " um 16.00.00" is no time the name pattern knows: midnight.
-        {.name = "Bildschirmfoto 2025-04-12 um 16.00.00.png",
-         .bytes = [] { return png(64, 48); },
-         .screenshot = true,
-         .fallback = at(2025, 4, 12)},
-        {.name = "截屏 photo.jpg", .bytes = [] { return jpeg(64, 48); }, .screenshot = true},
-        {.name = "phone.png",
-         .bytes = [] { return png(1170, 2532); },
-         .screenshot = true,
-         .width = 1170,
-         .height = 2532},
-        {.name = "sixteen-nine.png", .bytes = [] { return png(1080, 1920); }},
-        {.name = "landscape.png", .bytes = [] { return png(2532, 1170); }},
-        {.name = "camera.png",
-         .bytes =
-             [] {
-                 return png(1170, 2532, {{"Exif.Image.Make", "Canon"}});
-             }},
-        {.name = "tall.jpg", .bytes = [] { return jpeg(1170, 2532); }},
-        {.name = "IMG_0001.jpg",
-         .bytes =
-             [] {
-                 return jpeg(64, 48, {{"Exif.Photo.UserComment", "charset=Unicode Screenshot"}});
-             },
-         .screenshot = true},
-        {.name = "IMG_0002.jpg",
-         .bytes =
-             [] {
-                 return jpeg(64, 48, {{"Exif.Photo.UserComment", "charset=Ascii Screenshots"}});
-             }},
-        {.name = "20251331.jpg", .bytes = [] { return jpeg(64, 48); }},
-        {.name = "both.jpg",
-         .bytes =
-             [] {
-                 return jpeg(64, 48,
-                             {{"Exif.Photo.DateTimeOriginal", "2024:03:05 07:08:09"},
-                              {"Exif.Image.DateTime", "2024:12:24 18:00:00"}});
-             },
-         .date = at(2024, 3, 5, 7, 8, 9)},
-        {.name = "edited.jpg",
-         .bytes =
-             [] {
-                 return jpeg(64, 48, {{"Exif.Image.DateTime", "2024:12:24 18:00:00"}});
-             },
-         .date = at(2024, 12, 24, 18)},
-        {.name = "blank-date.jpg",
-         .bytes =
-             [] {
-                 return jpeg(64, 48, {{"Exif.Photo.DateTimeOriginal", "    :  :     :  :  "}});
-             }},
-        {.name = "notes.jpg",
-         .bytes = [] { return std::string("Just some notes, not a picture.\n"); },
-         .opens = false},
-        {.name = "empty.heic", .bytes = [] { return std::string(); }, .opens = false},
-        {.name = "cut-header.jpg",
-         .bytes = [] { return jpeg(64, 48).substr(0, 20); },
-         .opens = false},
+        {"Bildschirmfoto 2025-04-12 um 16.00.00.png", png(64, 48), true, true, none,
+         at(2025, 4, 12)},
+        {"截屏 photo.jpg", jpeg(64, 48), true, true},
+        {"phone.png", png(1170, 2532), true, true, none, none, 1170, 2532},
+        {"sixteen-nine.png", png(1080, 1920)},
+        {"landscape.png", png(2532, 1170)},
+        {"camera.png", png(1170, 2532, {{"Exif.Image.Make", "Canon"}})},
+        {"tall.jpg", jpeg(1170, 2532)},
+        {"IMG_0001.jpg", jpeg(64, 48, {{"Exif.Photo.UserComment", "charset=Unicode Screenshot"}}),
+         true, true},
+        {"IMG_0002.jpg", jpeg(64, 48, {{"Exif.Photo.UserComment", "charset=Ascii Screenshots"}})},
+        {"20251331.jpg", jpeg(64, 48)},
+        {"both.jpg",
+         jpeg(64, 48,
+              {{"Exif.Photo.DateTimeOriginal", "2024:03:05 07:08:09"},
+               {"Exif.Image.DateTime", "2024:12:24 18:00:00"}}),
+         true, false, at(2024, 3, 5, 7, 8, 9)},
+        {"edited.jpg", jpeg(64, 48, {{"Exif.Image.DateTime", "2024:12:24 18:00:00"}}), true, false,
+         at(2024, 12, 24, 18)},
+        {"blank-date.jpg", jpeg(64, 48, {{"Exif.Photo.DateTimeOriginal", "    :  :     :  :  "}})},
+        {"notes.jpg", "Just some notes, not a picture.\n", false},
+        {"empty.heic", "", false},
+        {"cut-header.jpg", jpeg(64, 48).substr(0, 20), false},
         // Only the header is read: a file cut in its pixel data still opens.
-        {.name = "cut-pixels.jpg",
-         .bytes =
-             [] {
-                 std::string whole = encode(testing::noiseImage(400, 300), ".jpg");
-                 return whole.substr(0, whole.size() / 2);
-             },
-         .width = 400,
-         .height = 300},
+        {"cut-pixels.jpg", noise.substr(0, noise.size() / 2), true, false, none, none, 400, 300},
     };
     testing::TempFolder folder;
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        std::string bytes = c.bytes();
-        std::string path = folder.write(c.name, bytes);
+        std::string path = folder.write(c.name, c.bytes);
         setModified(path, modified);
-        auto info = Scanner::imageInfo(bytes, c.name);
+        auto info = Scanner::imageInfo(c.bytes, c.name);
         ASSERT_EQ(info.has_value(), c.opens);
         EXPECT_EQ(Scanner::fallbackDate(path), c.fallback.value_or(wallClock(modified)));
         if (!info) continue;

@@ -136,14 +136,12 @@ TEST(TextRecognition, ReportsProgressInOrderAndKeepsJobOrder) {
     }
 }
 
-TEST(TextRecognition, WarmUpLeavesNoTrace) {
+// English unless other languages are named plainly; warming up leaves no trace.
+TEST(TextRecognition, OtherLanguagesOnlyWhenNamedPlainly) {
     testing::ScopedCacheHome cache;
     Scanner::warmUpTextRecognition();
     EXPECT_FALSE(fs::exists(cache.path() + "/kinfolio/text"));
     EXPECT_EQ(Scanner::recognitionLanguages(), "eng");
-}
-
-TEST(TextRecognition, OtherLanguagesOnlyWhenNamedPlainly) {
     const std::pair<const char*, const char*> cases[] = {
         {"eng+tha", "eng+tha"}, {"chi_sim", "chi_sim"}, {"", "eng"},
         {"../eng", "eng"},      {"eng+", "eng"},        {"ENG", "eng"},

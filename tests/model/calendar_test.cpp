@@ -2,6 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+#include "model/settings.h"
+
 namespace kinfolio::Calendar {
 namespace {
 
@@ -31,6 +37,75 @@ TEST(CalendarFormat, OtherPatternsAndYearsAreLeftToICU) {
     for (Instant t : {*makeDate(1582, 10, 4, 12), *makeDate(1, 1, 1), *makeDate(2025, 6, 14, 9, 5)})
         for (const char* pattern : {"yyyy-MM-dd HH:mm:ss", "G yyyy QQQ", "D w", "EEEEE MMMMM"})
             EXPECT_EQ(format(t, pattern), formatWithICU(t, pattern)) << pattern;
+}
+
+TEST(Duration, WritesSecondsMinutesAndHours) {
+    const std::pair<double, const char*> cases[] = {
+        {45, "45 s"},
+        {59.4, "59 s"},
+        {59.5, "1 min"},
+        {720, "12 min"},
+        {725, "12 min 5 s"},
+        {125, "2 min 5 s"},
+        {3600, "1 h 0 min"},
+        {3930, "1 h 5 min"},
+        {0, "0 s"},
+        // Lengths read from broken files stay readable.
+        {-5, "0 s"},
+        {std::nan(""), "0 s"},
+    };
+    for (const auto& [seconds, written] : cases)
+        EXPECT_EQ(duration(seconds), written) << seconds;
+    std::string huge = duration(1e300);  // a call notice with a run of 300 digits
+    EXPECT_NE(huge.front(), '-') << huge;
+    EXPECT_TRUE(huge.ends_with(" min")) << huge;
+}
+
+TEST(CommonTimeZones, SortedWithoutDuplicatesAndHoldingTheMachineZone) {
+    const auto& zones = commonTimeZones();
+    EXPECT_TRUE(std::is_sorted(zones.begin(), zones.end()));
+    EXPECT_EQ(std::adjacent_find(zones.begin(), zones.end()), zones.end());
+    EXPECT_NE(std::find(zones.begin(), zones.end(), currentTimeZoneID()), zones.end());
+    EXPECT_NE(std::find(zones.begin(), zones.end(), "Pacific/Auckland"), zones.end());
+    EXPECT_TRUE(zones.size() == 23 || zones.size() == 24);
+}
+
+TEST(Calendar, MakeDateRefusesImpossibleDays) {
+    EXPECT_TRUE(makeDate(2024, 2, 29).has_value());
+    EXPECT_FALSE(makeDate(2025, 2, 29).has_value());
+    EXPECT_FALSE(makeDate(2025, 13, 1).has_value());
+    EXPECT_FALSE(makeDate(2025, 0, 1).has_value());
+    auto t = makeDate(2025, 6, 14, 9, 15, 30);
+    EXPECT_EQ(format(*t, "yyyy-MM-dd HH:mm:ss"), "2025-06-14 09:15:30");
+    EXPECT_EQ(monthKey(*t), "2025-06");
+    EXPECT_EQ(format(startOfDay(*t), "yyyy-MM-dd HH:mm:ss"), "2025-06-14 00:00:00");
+    auto c = civil(*t);
+    EXPECT_EQ((std::array<int, 6>{c.year, c.month, c.day, c.hour, c.minute, c.second}),
+              (std::array<int, 6>{2025, 6, 14, 9, 15, 30}));
+}
+
+TEST(Calendar, InstantsFarOutsideAnyCalendarStayDefined) {
+    for (double t : {1e300, -1e300, HUGE_VAL, std::nan("")}) {
+        auto c = civil(t);
+        EXPECT_TRUE(c.month >= 1 && c.month <= 12) << t;
+        EXPECT_TRUE(c.day >= 1 && c.day <= 31) << t;
+        EXPECT_TRUE(c.hour >= 0 && c.hour <= 23) << t;
+        EXPECT_LT(std::abs(c.year), 40000) << t;
+    }
+}
+
+TEST(Calendar, InstantsBeforeTheReferenceEpochKeepTheirDay) {
+    auto t = makeDate(1999, 12, 31, 23, 59, 59);
+    EXPECT_LT(*t, 0);
+    EXPECT_EQ(monthKey(*t), "1999-12");
+    EXPECT_EQ(format(startOfDay(*t), "yyyy-MM-dd HH:mm:ss"), "1999-12-31 00:00:00");
+}
+
+TEST(CalendarFormat, WritesInTheZeroOffsetZoneWithEnglishNames) {
+    auto t = *makeDate(2025, 1, 5, 21, 4);
+    EXPECT_EQ(format(t, "MMM yyyy"), "Jan 2025");
+    EXPECT_EQ(format(t, "EEEE, MMMM d, yyyy"), "Sunday, January 5, 2025");
+    EXPECT_EQ(format(t, "h:mm a"), "9:04 PM");
 }
 
 }  // namespace

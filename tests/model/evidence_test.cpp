@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "model/source.h"
-
 namespace kinfolio {
 namespace {
 
@@ -17,21 +15,30 @@ Evidence message(std::string fileID, int64_t position, double date = 0,
     return e;
 }
 
-TEST(Evidence, IdJoinsFileAndPositionIncludingNegative) {
+TEST(Evidence, IdJoinsFileAndPositionAndSystemItemsAreMessagesWithoutSender) {
     EXPECT_EQ(message("ab12", 7).id(), "ab12:7");
     EXPECT_EQ(message("ab12", -1).id(), "ab12:-1");
-}
-
-TEST(Evidence, SystemItemsAreMessagesWithoutSender) {
     Evidence system = message("f", 1, 0, "");
     EXPECT_TRUE(system.isSystem());
-    Evidence call = system;
-    call.kind = ItemKind::call;
-    EXPECT_FALSE(call.isSystem());
     EXPECT_FALSE(message("f", 1).isSystem());
+    system.kind = ItemKind::call;
+    EXPECT_FALSE(system.isSystem());
 }
 
-TEST(Evidence, EqualityComparesTextBoxesMemberwise) {
+// Details sit behind a pointer that most items leave empty: absent details
+// equal empty ones, and text boxes compare member by member.
+TEST(Evidence, EqualityLooksThroughTheDetails) {
+    Evidence plain = message("f", 1), touched = plain;
+    touched.detailsForWriting();
+    EXPECT_EQ(plain, touched);
+    EXPECT_EQ(touched, plain);
+    EXPECT_EQ(plain.details(), EvidenceDetails{});
+    touched.detailsForWriting().duration = 0.0;
+    EXPECT_NE(plain, touched);
+    EXPECT_NE(touched, plain);
+    // Reading through a shared empty instance must leave it empty for others.
+    EXPECT_FALSE(message("g", 2).details().duration);
+
     Evidence a = message("f", 1), b = a;
     a.detailsForWriting().textBoxes.push_back({"hi", 0.1, 0.2, 0.3, 0.4});
     b.detailsForWriting().textBoxes.push_back({"hi", 0.1, 0.2, 0.3, 0.4});
@@ -63,21 +70,6 @@ TEST(Evidence, CopiesOwnTheirDetails) {
     EXPECT_EQ(self, copy);
     Evidence moved = std::move(copy);
     EXPECT_EQ(moved.details().attachmentName, "IMG_1.jpg");
-}
-
-TEST(Evidence, AbsentDetailsEqualEmptyDetails) {
-    Evidence plain = message("f", 1);
-    Evidence touched = plain;
-    touched.detailsForWriting();
-    EXPECT_EQ(plain, touched);
-    EXPECT_EQ(touched, plain);
-    EXPECT_EQ(plain.details(), EvidenceDetails{});
-
-    touched.detailsForWriting().duration = 0.0;
-    EXPECT_NE(plain, touched);
-    EXPECT_NE(touched, plain);
-    // Reading through a shared empty instance must leave it empty for others.
-    EXPECT_FALSE(message("g", 2).details().duration);
 }
 
 TEST(Evidence, SortByDateFileAndPositionBreaksTiesByFileThenPosition) {

@@ -58,49 +58,48 @@ TEST(Utf16, ByteOrderMarkOrPlausibleText) {
     EXPECT_EQ(decodeUtf16(""), std::nullopt);
 }
 
-TEST(Text, ReplaceRemoveAndCompare) {
-    EXPECT_EQ(replaceAll("a/b/c", "/", " - "), "a - b - c");
-    EXPECT_EQ(replaceAll("aaa", "aa", "b"), "ba");
-    EXPECT_EQ(replaceAll("abc", "", "x"), "abc");
-    EXPECT_EQ(removeAll("\uFEFFhi\uFEFF", "\uFEFF"), "hi");
+TEST(Text, EditsJoinsAndTrims) {
+    const std::pair<std::string, std::string> cases[] = {
+        {replaceAll("a/b/c", "/", " - "), "a - b - c"},
+        {replaceAll("aaa", "aa", "b"), "ba"},
+        {replaceAll("abc", "", "x"), "abc"},
+        {removeAll("\uFEFFhi\uFEFF", "\uFEFF"), "hi"},
+        {asciiLower("Date \u00C9"), "date \u00C9"},
+        {join({}, ", "), ""},
+        {join({"a"}, ", "), "a"},
+        {join({"a", "", "b"}, ", "), "a, , b"},
+        {joinNonEmpty({"", "Sam", "", "Alex"}, " & "), "Sam & Alex"},
+        {joinNonEmpty({"", ""}, " & "), ""},
+        {trimWhitespace("\u00a0\t hi there \n\u3000"), "hi there"},
+        {trimWhitespace(" \n "), ""},
+        {trimWhitespace("x\xC3"), "x\xC3"},  // a broken tail is not white space
+        {trimSpacesAndTabs("\t Sender \n"), "Sender \n"},
+        {trimSpacesAndTabs(" \t "), ""},
+        // Prefixes count code points, not bytes.
+        {prefixCodePoints("caf\u00e9 au lait", 4), "caf\u00e9"},
+        {prefixCodePoints("\U0001F600\U0001F600", 1), "\U0001F600"},
+        {prefixCodePoints("ab", 5), "ab"},
+    };
+    for (const auto& [result, expected] : cases)
+        EXPECT_EQ(result, expected);
     EXPECT_TRUE(startsWith("[LINE] Chat", "[LINE]"));
     EXPECT_FALSE(startsWith("[LI", "[LINE]"));
     EXPECT_TRUE(endsWith("chat.txt", ".txt"));
     EXPECT_FALSE(endsWith("txt", "chat.txt"));
-    EXPECT_EQ(asciiLower("Date \u00C9"), "date \u00C9");
-}
-
-TEST(Text, JoinKeepsOrderAndNonEmptyDropsBlanks) {
-    EXPECT_EQ(join({}, ", "), "");
-    EXPECT_EQ(join({"a"}, ", "), "a");
-    EXPECT_EQ(join({"a", "", "b"}, ", "), "a, , b");
-    EXPECT_EQ(joinNonEmpty({"", "Sam", "", "Alex"}, " & "), "Sam & Alex");
-    EXPECT_EQ(joinNonEmpty({"", ""}, " & "), "");
-}
-
-TEST(Text, TrimmingUnicodeWhiteSpaceOrOnlySpacesAndTabs) {
-    EXPECT_EQ(trimWhitespace("\u00a0\t hi there \n\u3000"), "hi there");
-    EXPECT_EQ(trimWhitespace(" \n "), "");
-    EXPECT_EQ(trimWhitespace("x\xC3"), "x\xC3");  // a broken tail is not white space
-    EXPECT_EQ(trimSpacesAndTabs("\t Sender \n"), "Sender \n");
-    EXPECT_EQ(trimSpacesAndTabs(" \t "), "");
-}
-
-TEST(Text, PrefixCountsCodePointsNotBytes) {
-    EXPECT_EQ(prefixCodePoints("caf\u00e9 au lait", 4), "caf\u00e9");
-    EXPECT_EQ(prefixCodePoints("\U0001F600\U0001F600", 1), "\U0001F600");
-    EXPECT_EQ(prefixCodePoints("ab", 5), "ab");
-    EXPECT_EQ(prefixCodePoints("2025-06-14 09:15:00 +0200", 19), "2025-06-14 09:15:00");
 }
 
 TEST(Text, DecimalValueOfDigitsOfAnyScript) {
-    EXPECT_EQ(decimalValue("2025"), 2025);
-    EXPECT_EQ(decimalValue("\uFF12\uFF10"), 20);  // full-width
-    EXPECT_EQ(decimalValue("\u0661\u0662"), 12);  // Arabic-Indic
-    EXPECT_EQ(decimalValue(""), -1);
-    EXPECT_EQ(decimalValue("12a"), -1);
-    EXPECT_EQ(decimalValue("\u00BD"), -1);              // a number, not a digit
-    EXPECT_EQ(decimalValue(std::string(19, '9')), -1);  // would overflow
+    const std::pair<const char*, long long> cases[] = {
+        {"2025", 2025},
+        {"\uFF12\uFF10\uFF12\uFF15", 2025},  // full-width
+        {"\u0661\u0662", 12},                // Arabic-Indic
+        {"", -1},
+        {"12a", -1},
+        {"\u00BD", -1},               // a number, not a digit
+        {"9999999999999999999", -1},  // would overflow
+    };
+    for (const auto& [digits, value] : cases)
+        EXPECT_EQ(decimalValue(digits), value) << digits;
 }
 
 TEST(Regex, GroupsThatDidNotTakePartAreNone) {

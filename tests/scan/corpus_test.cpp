@@ -1,32 +1,11 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <string>
-#include <vector>
-
-#include "scan/scanner.h"
-#include "support/temp_folder.h"
+#include "support/scan_folder.h"
 
 namespace kinfolio::Scanner {
 namespace {
 
+using testing::shown;
+
 const std::string kCorpus = KINFOLIO_CORPUS;
-
-// What the user reads of a source: its first file, name and summary.
-std::string shown(const Source& s) {
-    return s.files.at(0).path + " | " + s.name + " | " + s.detail;
-}
-
-// The same for every source, then each skipped file with its reason.
-std::vector<std::string> shown(const ScanResult& scan) {
-    std::vector<std::string> lines;
-    for (const Source& s : scan.sources)
-        lines.push_back(shown(s));
-    std::sort(lines.begin(), lines.end());
-    for (const SkippedFile& s : scan.skipped)
-        lines.push_back(s.path + " | " + s.reason);
-    return lines;
-}
 
 bool holdsText(const ScanResult& scan, const std::string& source, const std::string& text) {
     for (const Source& s : scan.sources)

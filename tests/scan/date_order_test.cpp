@@ -12,23 +12,23 @@ const std::string kNote =
     "The dates could be day/month or month/day; day first was assumed. Change Date order if "
     "they look wrong.";
 
-TEST(ChatDateOrder, ChosenOrderWinsWithoutNote) {
-    auto chosen = chatDateOrder("14/01/2025 09:00", DateOrder::monthFirst);
-    EXPECT_EQ(chosen.order, DateOrder::monthFirst);
-    EXPECT_FALSE(chosen.note);
-}
-
-TEST(ChatDateOrder, AutomaticUsesTheChatsOwnDates) {
-    auto detected = chatDateOrder("05/01/2025 09:00\n01/14/2025 10:00\n", DateOrder::automatic);
-    EXPECT_EQ(detected.order, DateOrder::monthFirst);
-    EXPECT_FALSE(detected.note);
-}
-
-TEST(ChatDateOrder, UndecidedDatesAssumeDayFirstAndSaySo) {
-    for (const char* text : {"05/01/2025 09:00\n", "14/01/2025 09:00\n01/14/2025 09:00\n", ""}) {
-        auto assumed = chatDateOrder(text, DateOrder::automatic);
-        EXPECT_EQ(assumed.order, DateOrder::dayFirst);
-        EXPECT_EQ(assumed.note, kNote);
+TEST(ChatDateOrder, ChosenOrderElseTheChatsOwnDatesElseDayFirstWithANote) {
+    const struct {
+        const char* text;
+        DateOrder chosen, order;
+        bool note;
+    } cases[] = {
+        {"14/01/2025 09:00", DateOrder::monthFirst, DateOrder::monthFirst, false},
+        {"05/01/2025 09:00\n01/14/2025 10:00\n", DateOrder::automatic, DateOrder::monthFirst,
+         false},
+        {"05/01/2025 09:00\n", DateOrder::automatic, DateOrder::dayFirst, true},
+        {"14/01/2025 09:00\n01/14/2025 09:00\n", DateOrder::automatic, DateOrder::dayFirst, true},
+        {"", DateOrder::automatic, DateOrder::dayFirst, true},
+    };
+    for (const auto& c : cases) {
+        auto reading = chatDateOrder(c.text, c.chosen);
+        EXPECT_EQ(reading.order, c.order) << c.text;
+        EXPECT_EQ(reading.note.value_or(""), c.note ? kNote : "") << c.text;
     }
 }
 

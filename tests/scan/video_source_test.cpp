@@ -1,21 +1,14 @@
-#include <gtest/gtest.h>
-
-#include <filesystem>
 #include <sstream>
 
 #include "cli/cli.h"
 #include "example/example_video.h"
-#include "model/calendar.h"
-#include "scan/scanner.h"
 #include "support/pdf_reader.h"
-#include "support/scan_lookup.h"
-#include "support/temp_folder.h"
+#include "support/scan_folder.h"
 
 namespace kinfolio::Scanner {
 namespace {
 
 using ExampleFolder::VideoSpec;
-using testing::TempFolder;
 
 VideoSpec clipOf(double duration, const std::string& creationTime = "") {
     VideoSpec spec;
@@ -25,64 +18,52 @@ VideoSpec clipOf(double duration, const std::string& creationTime = "") {
 }
 
 // Loose videos become the videos source, each with its length and a frame
-// in the private cache; what cannot be read as a video is skipped with its
-// reason, and the materials folder is left as it was.
+// in the private cache, in date order: the one dated by its name, then the
+// recorded one. What cannot be read as a video is skipped with its reason.
 TEST(VideoSource, ReadsClipsWithTheirDatesAndSkipsWhatIsNoVideo) {
     testing::ScopedCacheHome cache;
-    TempFolder dir;
-    dir.write("VID_20240816_190512.mp4", ExampleFolder::video(clipOf(2.5)));
-    dir.write("Holiday/clip.mov", ExampleFolder::video(clipOf(42, "2025-06-14T10:00:00.000000Z")));
     VideoSpec voice = clipOf(2);
     voice.audioOnly = true;
-    dir.write("voice.mp4", ExampleFolder::video(voice));
     std::string whole = ExampleFolder::video(clipOf(1.2));
-    dir.write("broken.mp4", whole.substr(0, whole.size() / 2));
-    dir.write("notes.mov", "Meet at 8, the usual place.\n");
-    dir.write("empty.mp4", "");
-    std::string before = testing::folderFingerprint(dir.path());
-
-    ScanResult r = scan(dir.path(), DateOrder::automatic, "UTC");
-
-    const Source* videos = testing::sourceNamed(r, "Videos");
-    ASSERT_TRUE(videos);
-    EXPECT_EQ(videos->kind, SourceKind::videos);
-    EXPECT_EQ(videos->detail, "2 videos \u00B7 Aug 2024 \u2013 Jun 2025");
-    ASSERT_EQ(videos->items.size(), 2u);
-    ASSERT_EQ(videos->files.size(), 2u);
-    // In date order: the one dated by its name, then the recorded one.
-    const Evidence& named = videos->items[0];
-    EXPECT_EQ(named.kind, ItemKind::video);
-    EXPECT_EQ(Calendar::format(named.date, "yyyy-MM-dd HH:mm:ss"), "2024-08-16 19:05:12");
-    EXPECT_TRUE(named.dateIsEstimated);
-    EXPECT_NEAR(named.details().duration.value_or(0), 2.5, 0.05);
-    const Evidence& recorded = videos->items[1];
-    EXPECT_EQ(Calendar::format(recorded.date, "yyyy-MM-dd HH:mm:ss"), "2025-06-14 10:00:00");
-    EXPECT_FALSE(recorded.dateIsEstimated);
-    EXPECT_NEAR(recorded.details().duration.value_or(0), 42, 0.05);
-    for (const auto& item : videos->items) {
-        auto file =
-            std::find_if(videos->files.begin(), videos->files.end(),
-                         [&](const FileRecord& f) { return f.sha256 == item.fileID.str(); });
-        ASSERT_NE(file, videos->files.end());
+    ScanResult r = testing::scanFiles(
+        {{"VID_20240816_190512.mp4", ExampleFolder::video(clipOf(2.5))},
+         {"Holiday/clip.mov", ExampleFolder::video(clipOf(42, "2025-06-14T10:00:00.000000Z"))},
+         {"voice.mp4", ExampleFolder::video(voice)},
+         {"broken.mp4", whole.substr(0, whole.size() / 2)},
+         {"notes.mov", "Meet at 8, the usual place.\n"},
+         {"empty.mp4", ""}});
+    EXPECT_EQ(
+        testing::shown(r),
+        (std::vector<std::string>{
+            "Holiday/clip.mov | Videos | 2 videos · Aug 2024 – Jun 2025",
+            "broken.mp4 | Video could not be opened.",
+            "empty.mp4 | The file is empty. Copy it again from where it came from.",
+            "notes.mov | Video could not be opened.", "voice.mp4 | Video could not be opened."}));
+    const Source& videos = r.sources.at(0);
+    EXPECT_EQ(videos.kind, SourceKind::videos);
+    const struct {
+        const char* date;
+        bool estimated;
+        double duration;
+    } expected[] = {{"2024-08-16 19:05:12", true, 2.5}, {"2025-06-14 10:00:00", false, 42}};
+    ASSERT_EQ(videos.items.size(), 2u);
+    for (size_t i = 0; i < 2; ++i) {
+        const Evidence& item = videos.items[i];
+        EXPECT_EQ(item.kind, ItemKind::video);
+        EXPECT_EQ(Calendar::format(item.date, "yyyy-MM-dd HH:mm:ss"), expected[i].date);
+        EXPECT_EQ(item.dateIsEstimated, expected[i].estimated);
+        EXPECT_NEAR(item.details().duration.value_or(0), expected[i].duration, 0.05);
         EXPECT_EQ(item.position, 1);
         EXPECT_EQ(item.details().imageURL,
-                  cache.path() + "/kinfolio/frames/" + file->sha256.substr(0, 16) + ".png");
+                  cache.path() + "/kinfolio/frames/" + item.fileID.str().substr(0, 16) + ".png");
     }
-
-    std::vector<SkippedFile> skipped = {
-        {"broken.mp4", "Video could not be opened."},
-        {"empty.mp4", "The file is empty. Copy it again from where it came from."},
-        {"notes.mov", "Video could not be opened."},
-        {"voice.mp4", "Video could not be opened."}};
-    EXPECT_EQ(r.skipped, skipped);
-    EXPECT_EQ(testing::folderFingerprint(dir.path()), before);
 }
 
 // On the page: the video's line with its length, then its frame, or a note
 // where no frame could be taken.
 TEST(VideoSource, ExportShowsTheLengthAndTheFrameOrSaysThereIsNone) {
     testing::ScopedHome home;
-    TempFolder materials, output;
+    testing::TempFolder materials, output;
     materials.write("VID_20250301_120000.mp4", ExampleFolder::video(clipOf(42)));
     // Pictures zeroed out: the clip opens, but no frame decodes.
     std::string blank = ExampleFolder::video(clipOf(3));
@@ -101,9 +82,8 @@ TEST(VideoSource, ExportShowsTheLengthAndTheFrameOrSaysThereIsNone) {
     std::string pdf = testing::readFile(target);
     auto read = testing::readPDF(pdf);
     std::string text = read.allFlat();
-    EXPECT_NE(text.find("Video, 42 s"), std::string::npos) << text;
-    EXPECT_NE(text.find("Video, 3 s"), std::string::npos) << text;
-    EXPECT_NE(text.find("(No preview frame.)"), std::string::npos) << text;
+    for (const char* line : {"Video, 42 s", "Video, 3 s", "(No preview frame.)"})
+        EXPECT_NE(text.find(line), std::string::npos) << line << " in " << text;
     size_t images = 0;
     for (size_t page = 0; page < read.pages.size(); ++page)
         images += testing::imageResolutions(pdf, static_cast<int>(page)).size();

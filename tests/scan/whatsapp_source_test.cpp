@@ -1,27 +1,21 @@
 #include "scan/whatsapp_source.h"
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include <filesystem>
 #include <fstream>
-#include <map>
-#include <sstream>
 
-#include "cli/cli.h"
-#include "model/calendar.h"
-#include "model/json.h"
-#include "scan/scanner.h"
-#include "support/temp_folder.h"
-#include "support/zip_writer.h"
+#include "example/zip_writer.h"
+#include "support/scan_folder.h"
 
 namespace kinfolio::Scanner {
 namespace {
 
 namespace fs = std::filesystem;
-using testing::folderFingerprint;
-using testing::makeZip;
-using testing::TempFolder;
+using testing::itemLines;
+using testing::scanFiles;
+using testing::shown;
+using testing::sourceNamed;
 
 const std::string kPhotoName = "00000003-PHOTO-2025-01-05-09-04-00.jpg";
 const std::string kPhoto = "\xFF\xD8\xFF\xE0 not really a jpeg";
@@ -32,193 +26,170 @@ const std::string kChat =
     ">\n"
     "[05/01/2025, 09:05:00] Sam Lee: Bring the blue scarf\n"
     "it's cold here.\n";
-const char* kAmbiguous =
+const std::string kAmbiguous =
     "The dates could be day/month or month/day; day first was assumed. Change Date order if "
     "they look wrong.";
 
-ScanResult scanFolder(const std::string& folder, DateOrder order = DateOrder::automatic) {
-    return scan(folder, order, "UTC");
-}
-
-const Source* findKind(const ScanResult& r, SourceKind kind) {
-    for (const auto& s : r.sources)
-        if (s.kind == kind) return &s;
-    return nullptr;
-}
-
 TEST(WhatsAppSource, LooseChatLinksThePhotoBesideIt) {
-    TempFolder tmp;
-    tmp.write("Trip to Lisbon/_chat.txt", kChat);
-    std::string photo = tmp.write("Trip to Lisbon/" + kPhotoName, kPhoto);
-    auto before = folderFingerprint(tmp.path());
-    auto result = scanFolder(tmp.path());
-    EXPECT_EQ(folderFingerprint(tmp.path()), before);  // nothing under the folder is written
-
-    ASSERT_EQ(result.sources.size(), 1u);
-    const Source& s = result.sources[0];
+    testing::TempFolder dir;
+    ScanResult r = scanFiles(
+        dir, {{"Trip to Lisbon/_chat.txt", kChat}, {"Trip to Lisbon/" + kPhotoName, kPhoto}});
+    // The photo is claimed, not listed again.
+    EXPECT_EQ(shown(r), std::vector<std::string>{
+                            "Trip to Lisbon/_chat.txt | Trip to Lisbon | WhatsApp · 3 messages · "
+                            "Jan 2025"});
+    const Source& s = r.sources.at(0);
     EXPECT_EQ(s.kind, SourceKind::whatsapp);
-    EXPECT_EQ(s.name, "Trip to Lisbon");
-    EXPECT_EQ(s.detail, "WhatsApp · 3 messages · Jan 2025");
-    EXPECT_EQ(s.notes, std::vector<std::string>{kAmbiguous});
-    ASSERT_EQ(s.items.size(), 3u);
+    EXPECT_EQ(s.notes, std::vector{kAmbiguous});
+    EXPECT_EQ(itemLines(s),
+              (std::vector<std::string>{
+                  "2025-01-05 09:00 Alex Morgan: Did you land safely?",
+                  "2025-01-05 09:04 Sam Lee: <attached: " + kPhotoName + ">",
+                  "2025-01-05 09:05 Sam Lee: Bring the blue scarf\nit's cold here."}));
     const Evidence& attached = s.items[1];
     EXPECT_EQ(attached.details().attachmentName, kPhotoName);
-    EXPECT_EQ(attached.details().imageURL, photo);
+    EXPECT_EQ(attached.details().imageURL, dir.path() + "/Trip to Lisbon/" + kPhotoName);
     EXPECT_EQ(attached.details().attachmentID, sha256Hex(kPhoto));
-    EXPECT_EQ(attached.date, *Calendar::makeDate(2025, 1, 5, 9, 4));
-    EXPECT_EQ(s.items[2].text, "Bring the blue scarf\nit's cold here.");
+    EXPECT_EQ(attached.fileID, s.files.at(0).sha256);
     ASSERT_EQ(s.files.size(), 2u);
-    EXPECT_EQ(s.files[0].path, "Trip to Lisbon/_chat.txt");
     EXPECT_EQ(s.files[1], (FileRecord{"Trip to Lisbon/" + kPhotoName, sha256Hex(kPhoto),
                                       static_cast<int64_t>(kPhoto.size())}));
-    EXPECT_TRUE(result.skipped.empty());  // the photo is claimed, not listed again
-    EXPECT_EQ(attached.fileID, s.files[0].sha256);
 }
 
-TEST(WhatsAppSource, MissingOrNonImageAttachmentsStayPlainMessages) {
-    TempFolder tmp;
-    tmp.write("c/Sam.txt",
-              "5/1/25, 9:04 PM - Sam: <attached: missing.jpg>\n"
-              "5/1/25, 9:05 PM - Sam: x-notes.pdf (file attached)\n"
-              "5/1/25, 9:06 PM - Sam: x-clip.mp4 (file attached)\n");
-    // Listed after the chat, so the scan meets them once the chat has claimed them.
-    tmp.write("c/x-notes.pdf", "%PDF-1.4");
-    tmp.write("c/x-clip.mp4", "video");
-    auto result = scanFolder(tmp.path(), DateOrder::monthFirst);
-    const Source* s = findKind(result, SourceKind::whatsapp);
-    ASSERT_TRUE(s);
-    EXPECT_EQ(s->name, "Sam");
-    EXPECT_TRUE(s->notes.empty());
-    ASSERT_EQ(s->items.size(), 3u);
-    EXPECT_EQ(s->items[0].details().attachmentName, "missing.jpg");
-    EXPECT_EQ(s->items[1].details().attachmentName, "x-notes.pdf");
-    EXPECT_EQ(s->items[2].details().attachmentName, "x-clip.mp4");
-    for (const auto& item : s->items) {
-        EXPECT_FALSE(item.details().imageURL);
-        EXPECT_FALSE(item.details().attachmentID);
-    }
-    EXPECT_EQ(s->files.size(), 1u);
-    EXPECT_TRUE(result.skipped.empty());  // attached pdf and video are claimed too
-}
-
-TEST(WhatsAppSource, AndroidExportWithTitleLineAndBothDashes) {
-    TempFolder tmp;
-    tmp.write("WhatsApp Chat with Sam Lee.txt",
-              "WhatsApp Chat with Sam Lee\n"
-              "5/1/25, 9:04\u202FPM - Sam Lee: hi\n"
-              "5/1/25, 9:05 PM \u2013 Alex: hello\n");
-    auto result = scanFolder(tmp.path(), DateOrder::dayFirst);
-    ASSERT_EQ(result.sources.size(), 1u);
-    const Source& s = result.sources[0];
-    EXPECT_EQ(s.name, "Sam Lee");
-    EXPECT_EQ(s.notes, std::vector<std::string>{"Ignored header line 1."});
-    ASSERT_EQ(s.items.size(), 2u);
-    EXPECT_EQ(s.items[0].date, *Calendar::makeDate(2025, 1, 5, 21, 4));
-    EXPECT_EQ(s.items[1].sender, "Alex");
+// A chat claims the files it names beside it, whatever their kind and even
+// when they sort before it, but never a file outside its folder.
+TEST(WhatsAppSource, AttachmentsAreClaimedOnlyInsideTheExport) {
+    ScanResult r = scanFiles({{"c/Sam.txt",
+                               "5/1/25, 9:04 PM - Sam: <attached: missing.jpg>\n"
+                               "5/1/25, 9:05 PM - Sam: x-notes.pdf (file attached)\n"
+                               "5/1/25, 9:06 PM - Sam: x-clip.mp4 (file attached)\n"},
+                              {"c/x-notes.pdf", "%PDF-1.4"},
+                              {"c/x-clip.mp4", "video"},
+                              {"trip/Trip.txt",
+                               "[05/01/2025, 09:00:00] Sam Lee: <attached: "
+                               "IMG_0001.jpg>\n[05/01/2025, 09:01:00] Alex "
+                               "Morgan: Lovely\n"},
+                              {"trip/IMG_0001.jpg", kPhoto},
+                              {"chat/_chat.txt",
+                               "[05/01/2025, 09:00:00] Sam Lee: <attached: "
+                               "../outside.jpg>\n"},
+                              {"outside.jpg", kPhoto + " outside"},
+                              // The title line is no message; both dashes are read.
+                              {"WhatsApp Chat with Sam Lee.txt",
+                               "WhatsApp Chat with Sam Lee\n5/1/25, 9:04\u202FPM - Sam Lee: "
+                               "hi\n5/1/25, 9:05 PM \u2013 Alex: hello\n"}},
+                             DateOrder::monthFirst);
+    EXPECT_EQ(shown(r), (std::vector<std::string>{
+                            "WhatsApp Chat with Sam Lee.txt | Sam Lee | WhatsApp · 2 messages · "
+                            "May 2025",
+                            "c/Sam.txt | Sam | WhatsApp · 3 messages · May 2025",
+                            "chat/_chat.txt | chat | WhatsApp · 1 message · May 2025",
+                            "trip/Trip.txt | Trip | WhatsApp · 2 messages · May 2025",
+                            "outside.jpg | Image could not be opened."}));
+    const Source* plain = sourceNamed(r, "Sam");
+    ASSERT_EQ(plain->items.size(), 3u);
+    EXPECT_EQ(plain->items[0].details().attachmentName, "missing.jpg");
+    EXPECT_EQ(plain->items[1].details().attachmentName, "x-notes.pdf");
+    EXPECT_EQ(plain->items[2].details().attachmentName, "x-clip.mp4");
+    for (const auto& item : plain->items)
+        EXPECT_FALSE(item.details().imageURL || item.details().attachmentID);
+    EXPECT_EQ(plain->files.size(), 1u);
+    EXPECT_TRUE(plain->notes.empty());  // the order was chosen
+    ASSERT_EQ(sourceNamed(r, "Trip")->files.size(), 2u);
+    EXPECT_EQ(sourceNamed(r, "Trip")->files[1].path, "trip/IMG_0001.jpg");
+    EXPECT_EQ(sourceNamed(r, "chat")->files.size(), 1u);
+    EXPECT_FALSE(sourceNamed(r, "chat")->items.at(0).details().imageURL);
+    const Source* titled = sourceNamed(r, "Sam Lee");
+    EXPECT_EQ(titled->notes, std::vector<std::string>{"Ignored header line 1."});
+    EXPECT_EQ(itemLines(*titled), (std::vector<std::string>{"2025-05-01 21:04 Sam Lee: hi",
+                                                            "2025-05-01 21:05 Alex: hello"}));
 }
 
 TEST(WhatsAppSource, AutomaticOrderUsesWhatTheDatesTell) {
-    TempFolder tmp;
-    tmp.write("a/_chat.txt", "[05/01/2025, 09:00:00] Sam: a\n[14/01/2025, 09:00:00] Sam: b\n");
-    auto result = scanFolder(tmp.path());
-    ASSERT_EQ(result.sources.size(), 1u);
-    EXPECT_TRUE(result.sources[0].notes.empty());
-    EXPECT_EQ(result.sources[0].items[0].date, *Calendar::makeDate(2025, 1, 5, 9, 0));
-
-    TempFolder us;
-    us.write("b/_chat.txt", "[05/01/2025, 09:00:00] Sam: a\n[01/14/2025, 09:00:00] Sam: b\n");
-    auto monthFirst = scanFolder(us.path());
-    ASSERT_EQ(monthFirst.sources.size(), 1u);
-    const auto& items = monthFirst.sources[0].items;  // in date order
-    EXPECT_EQ(items[0].date, *Calendar::makeDate(2025, 1, 14, 9, 0));
-    EXPECT_EQ(items[1].date, *Calendar::makeDate(2025, 5, 1, 9, 0));
-    EXPECT_EQ(items[1].position, 1);
-
-    // Dates that could be either, but that only run forward as month/day.
-    TempFolder forward;
-    forward.write("c/_chat.txt",
-                  "[3/4/25, 9:00:00 PM] Sam: a\n[3/9/25, 9:00:00 PM] Sam: b\n"
-                  "[4/2/25, 9:00:00 PM] Sam: c\n");
-    auto chronological = scanFolder(forward.path());
-    ASSERT_EQ(chronological.sources.size(), 1u);
-    EXPECT_EQ(chronological.sources[0].notes,
-              std::vector<std::string>{
-                  "The dates could be day/month or month/day; month first was chosen, because "
-                  "the dates only make sense as month/day. Change Date order if they look wrong."});
-    EXPECT_EQ(chronological.sources[0].items[0].date, *Calendar::makeDate(2025, 3, 4, 21, 0));
+    ScanResult r = scanFiles(
+        {{"a/_chat.txt", "[05/01/2025, 09:00:00] Sam: a\n[14/01/2025, 09:00:00] Sam: b\n"},
+         {"b/_chat.txt", "[05/01/2025, 09:00:00] Sam: a\n[01/14/2025, 09:00:00] Sam: b\n"},
+         // Dates that could be either, but that only run forward as month/day.
+         {"c/_chat.txt",
+          "[3/4/25, 9:00:00 PM] Sam: a\n[3/9/25, 9:00:00 PM] Sam: b\n"
+          "[4/2/25, 9:00:00 PM] Sam: c\n"}});
+    const std::string monthFirst =
+        "The dates could be day/month or month/day; month first was chosen, because the dates "
+        "only make sense as month/day. Change Date order if they look wrong.";
+    const struct {
+        const char* name;
+        std::vector<std::string> items;
+        std::string note;
+    } cases[] = {
+        {"a", {"2025-01-05 09:00 Sam: a", "2025-01-14 09:00 Sam: b"}, ""},
+        {"b", {"2025-01-14 09:00 Sam: b", "2025-05-01 09:00 Sam: a"}, ""},
+        {"c",
+         {"2025-03-04 21:00 Sam: a", "2025-03-09 21:00 Sam: b", "2025-04-02 21:00 Sam: c"},
+         monthFirst},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const Source* s = sourceNamed(r, c.name);
+        ASSERT_TRUE(s);
+        EXPECT_EQ(itemLines(*s), c.items);
+        EXPECT_EQ(s->notes, c.note.empty() ? std::vector<std::string>{} : std::vector{c.note});
+    }
+    EXPECT_EQ(sourceNamed(r, "b")->items[1].position, 1);  // in date order, each keeps its line
 }
 
-TEST(WhatsAppSource, BrokenChatIsSkippedWithTheParserReason) {
-    TempFolder tmp;
-    tmp.write("x/_chat.txt",
-              "[05/01/2025, 09:00:00] Sam: a\n[05/01/2025, 09:01:00] Sam: b\n05/01/2025 "
-              "Unsupported\n");
-    tmp.write("x/photo.jpg", "p");
-    auto result = scanFolder(tmp.path());
-    EXPECT_TRUE(result.sources.empty());
-    ASSERT_FALSE(result.skipped.empty());
-    EXPECT_EQ(result.skipped[0], (SkippedFile{"x/_chat.txt",
-                                              "Looks like a WhatsApp chat, but: Unsupported "
-                                              "timestamp on line 3."}));
-}
-
-TEST(WhatsAppSource, TitlePrefixesAreDroppedFirstHitOnly) {
-    EXPECT_EQ(withoutTitlePrefix("WhatsApp Chat with Sam"), "Sam");
-    EXPECT_EQ(withoutTitlePrefix("WhatsApp Chat - Family"), "Family");
-    EXPECT_EQ(withoutTitlePrefix("WhatsApp-Chat mit Oma"), "Oma");
-    EXPECT_EQ(withoutTitlePrefix("Chat de WhatsApp con Ana"), "Ana");
-    EXPECT_EQ(withoutTitlePrefix("WhatsApp Chat with WhatsApp Chat - x"), "WhatsApp Chat - x");
-    EXPECT_EQ(withoutTitlePrefix("Sam"), "Sam");
-}
-
-TEST(WhatsAppSource, AttachmentExpressions) {
-    EXPECT_EQ(attachmentName("see <attached: a b.jpg> here"), "a b.jpg");
-    EXPECT_EQ(attachmentName("IMG-2025.jpg (file attached)"), "IMG-2025.jpg");
-    EXPECT_EQ(attachmentName("IMG-2025.jpg (file attached)\n<attached: first.jpg>"), "first.jpg");
-    EXPECT_FALSE(attachmentName("look: IMG.jpeg2 (file attached)"));
-    EXPECT_FALSE(attachmentName(" IMG.jpg (file attached)"));
-    EXPECT_FALSE(attachmentName("no attachment"));
+TEST(WhatsAppSource, TitlePrefixesAndAttachmentExpressions) {
+    const std::pair<const char*, const char*> titles[] = {
+        {"WhatsApp Chat with Sam", "Sam"},
+        {"WhatsApp Chat - Family", "Family"},
+        {"WhatsApp-Chat mit Oma", "Oma"},
+        {"Chat de WhatsApp con Ana", "Ana"},
+        {"WhatsApp Chat with WhatsApp Chat - x", "WhatsApp Chat - x"},  // the first hit only
+        {"Sam", "Sam"},
+    };
+    for (const auto& [title, name] : titles)
+        EXPECT_EQ(withoutTitlePrefix(title), name);
+    const std::pair<const char*, std::optional<std::string>> messages[] = {
+        {"see <attached: a b.jpg> here", "a b.jpg"},
+        {"IMG-2025.jpg (file attached)", "IMG-2025.jpg"},
+        {"IMG-2025.jpg (file attached)\n<attached: first.jpg>", "first.jpg"},
+        {"look: IMG.jpeg2 (file attached)", std::nullopt},
+        {" IMG.jpg (file attached)", std::nullopt},
+        {"no attachment", std::nullopt},
+    };
+    for (const auto& [text, name] : messages)
+        EXPECT_EQ(attachmentName(text), name) << text;
 }
 
 std::string zippedChat() {
-    return makeZip({
-        {"__MACOSX/WhatsApp Chat with Sam Lee/._chat.txt", "\x05\x16\x07 resource fork", 0},
-        {"WhatsApp Chat with Sam Lee/", "", 0},
-        {"WhatsApp Chat with Sam Lee/_chat.txt", kChat, 8},
-        {"WhatsApp Chat with Sam Lee/" + kPhotoName, kPhoto, 8},
+    return ZipWriter::archive({
+        {"__MACOSX/WhatsApp Chat with Sam Lee/._chat.txt", "\x05\x16\x07 resource fork", false},
+        {"WhatsApp Chat with Sam Lee/", "", false},
+        {"WhatsApp Chat with Sam Lee/_chat.txt", kChat},
+        {"WhatsApp Chat with Sam Lee/" + kPhotoName, kPhoto},
     });
 }
 
 TEST(WhatsAppSource, ZippedChatScansToTheSameItems) {
     testing::ScopedCacheHome cache;
-    TempFolder loose, zipped;
-    loose.write("WhatsApp Chat with Sam Lee/_chat.txt", kChat);
-    loose.write("WhatsApp Chat with Sam Lee/" + kPhotoName, kPhoto);
+    testing::TempFolder zipped;
     std::string zipBytes = zippedChat();
     zipped.write("WhatsApp Chat with Sam Lee.zip", zipBytes);
     ::chmod(zipped.path().c_str(), 0555);  // a write into the folder would fail loudly
-    auto before = folderFingerprint(zipped.path());
-
-    auto a = scanFolder(loose.path());
-    auto b = scanFolder(zipped.path());
-    EXPECT_EQ(folderFingerprint(zipped.path()), before);
-    ASSERT_EQ(b.sources.size(), 1u);
-    EXPECT_TRUE(b.skipped.empty());
-    const Source& s = b.sources[0];
-    EXPECT_EQ(s.name, "Sam Lee");
+    ScanResult a = scanFiles({{"WhatsApp Chat with Sam Lee/_chat.txt", kChat},
+                              {"WhatsApp Chat with Sam Lee/" + kPhotoName, kPhoto}});
+    ScanResult b = scanFiles(zipped, {});
+    EXPECT_EQ(shown(b), std::vector<std::string>{"WhatsApp Chat with Sam Lee.zip | Sam Lee | "
+                                                 "WhatsApp · 3 messages · Jan 2025"});
+    const Source& s = b.sources.at(0);
     EXPECT_EQ(s.id, sha256Hex(zipBytes));
-    EXPECT_EQ(s.files[0].path, "WhatsApp Chat with Sam Lee.zip");
-    ASSERT_EQ(s.items.size(), a.sources[0].items.size());
+    EXPECT_EQ(itemLines(s), itemLines(a.sources.at(0)));
+    EXPECT_EQ(s.notes, a.sources[0].notes);
     for (size_t i = 0; i < s.items.size(); ++i) {
-        EXPECT_EQ(s.items[i].date, a.sources[0].items[i].date);
-        EXPECT_EQ(s.items[i].sender, a.sources[0].items[i].sender);
-        EXPECT_EQ(s.items[i].text, a.sources[0].items[i].text);
         EXPECT_EQ(s.items[i].position, a.sources[0].items[i].position);
         EXPECT_EQ(s.items[i].details().attachmentName,
                   a.sources[0].items[i].details().attachmentName);
         EXPECT_EQ(s.items[i].details().attachmentID, a.sources[0].items[i].details().attachmentID);
     }
-    EXPECT_EQ(s.notes, a.sources[0].notes);
 
     // Unpacked into the private cache, one folder per archive.
     std::string folder = cache.path() + "/kinfolio/whatsapp/" + sha256Hex(zipBytes).substr(0, 16);
@@ -226,131 +197,66 @@ TEST(WhatsAppSource, ZippedChatScansToTheSameItems) {
     EXPECT_EQ(s.items[1].details().imageURL, photo);
     EXPECT_EQ(testing::readFile(photo), kPhoto);
     EXPECT_FALSE(fs::exists(folder + "/__MACOSX"));
-    struct stat st {};
-    ASSERT_EQ(::stat(folder.c_str(), &st), 0);
-    EXPECT_EQ(st.st_mode & 0777, 0700u);
-    ASSERT_EQ(::stat((cache.path() + "/kinfolio").c_str(), &st), 0);
-    EXPECT_EQ(st.st_mode & 0777, 0700u);
+    for (const std::string& made : {folder, cache.path() + "/kinfolio"})
+        EXPECT_EQ(fs::status(made).permissions() & fs::perms::all, fs::perms::owner_all) << made;
 
     // A second scan reuses what is there.
     std::string marker = folder + "/kept.txt";
     { std::ofstream(marker) << "kept"; }
-    auto again = scanFolder(zipped.path());
-    ASSERT_EQ(again.sources.size(), 1u);
+    EXPECT_EQ(scanFiles(zipped, {}).sources.size(), 1u);
     EXPECT_TRUE(fs::exists(marker));
 }
 
 TEST(WhatsAppSource, PlantedLinkInTheCacheIsReplacedNotFollowed) {
     testing::ScopedCacheHome cache;
-    TempFolder folder, elsewhere;
+    testing::TempFolder elsewhere;
     std::string zipBytes = zippedChat();
-    folder.write("chat.zip", zipBytes);
     std::string root = cache.path() + "/kinfolio/whatsapp";
     fs::create_directories(root);
     fs::permissions(cache.path() + "/kinfolio", fs::perms::owner_all, fs::perm_options::replace);
     fs::permissions(root, fs::perms::owner_all, fs::perm_options::replace);
     fs::create_directory_symlink(elsewhere.path(), root + "/" + sha256Hex(zipBytes).substr(0, 16));
-    auto result = scanFolder(folder.path());
-    ASSERT_EQ(result.sources.size(), 1u);
-    EXPECT_EQ(result.sources[0].name, "chat");
+    ScanResult r = scanFiles({{"chat.zip", zipBytes}});
+    EXPECT_EQ(shown(r),
+              std::vector<std::string>{"chat.zip | chat | WhatsApp · 3 messages · Jan 2025"});
     EXPECT_TRUE(fs::is_empty(elsewhere.path()));
 }
 
-TEST(WhatsAppSource, ZipsWithoutAReadableChatAreSkipped) {
+TEST(WhatsAppSource, ChatsThatCannotBeReadAreSkippedWithTheirReason) {
     testing::ScopedCacheHome cache;
-    TempFolder tmp;
-    tmp.write("photos.zip", makeZip({{"a.jpg", "jpeg", 8}, {"__MACOSX/._x.txt", "fork", 0}}));
     std::string utf16 = "\xFF\xFE";
-    for (char c : std::string("[05/01/2025, 09:00:00] Sam: hi\n")) {
-        utf16 += c;
-        utf16 += '\0';
-    }
-    tmp.write("utf16.zip", makeZip({{"_chat.txt", utf16, 8}}));
-    tmp.write("notes.zip", makeZip({{"notes.txt", "just notes\nnothing else\nreally\n", 8}}));
-    tmp.write("broken.zip", "PK not really");
-    auto result = scanFolder(tmp.path());
-    EXPECT_TRUE(result.sources.empty());
+    for (char c : std::string("[05/01/2025, 09:00:00] Sam: hi\n"))
+        utf16 += std::string{c, '\0'};
+    ScanResult r = scanFiles(
+        {{"photos.zip", ZipWriter::archive({{"a.jpg", "jpeg"}, {"__MACOSX/._x.txt", "fork"}})},
+         {"utf16.zip", ZipWriter::archive({{"_chat.txt", utf16}})},
+         {"notes.zip", ZipWriter::archive({{"notes.txt", "just notes\nnothing else\nreally\n"}})},
+         {"broken.zip", "PK not really"},
+         {"x/_chat.txt",
+          "[05/01/2025, 09:00:00] Sam: a\n[05/01/2025, 09:01:00] Sam: b\n05/01/2025 "
+          "Unsupported\n"}});
     const std::string noChat =
         "ZIP without a chat export inside. Unzip it into the folder if it holds photos or "
         "documents.";
-    EXPECT_EQ(result.skipped, (std::vector<SkippedFile>{
-                                  {"broken.zip", noChat},
-                                  {"notes.zip", noChat},
-                                  {"photos.zip", noChat},
-                                  {"utf16.zip", "Chat inside the ZIP is not UTF-8 text."},
-                              }));
+    EXPECT_EQ(shown(r), (std::vector<std::string>{
+                            "broken.zip | " + noChat,
+                            "notes.zip | " + noChat,
+                            "photos.zip | " + noChat,
+                            "utf16.zip | Chat inside the ZIP is not UTF-8 text.",
+                            "x/_chat.txt | Looks like a WhatsApp chat, but: Unsupported timestamp "
+                            "on line 3.",
+                        }));
 }
 
 TEST(WhatsAppSource, ChatEntryPrefersTheRealChat) {
-    auto zip = ZipArchive::fromBytes(makeZip(
-        {{"__MACOSX/._chat.txt", "x", 0}, {"readme.txt", "r", 0}, {"sub/_chat.txt", "c", 0}}));
-    EXPECT_EQ(chatEntry(zip)->path, "sub/_chat.txt");
-    auto plain = ZipArchive::fromBytes(makeZip({{"a.jpg", "x", 0}, {"b.txt", "b", 0}}));
-    EXPECT_EQ(chatEntry(plain)->path, "b.txt");
-    auto none = ZipArchive::fromBytes(makeZip({{"a.jpg", "x", 0}}));
-    EXPECT_FALSE(chatEntry(none));
-}
-
-TEST(WhatsAppSource, CommandLineJsonShowsTheChat) {
-    testing::ScopedCacheHome cache;
-    TempFolder tmp, config;
-    std::string chat;
-    for (int month = 1; month <= 3; ++month)
-        for (int day = 10; day < 14; ++day)
-            chat += "[" + std::to_string(day) + "/0" + std::to_string(month) +
-                    "/2025, 09:00:00] Sam Lee: day " + std::to_string(day) + "\n";
-    chat += "[14/03/2025, 09:04:00] Sam Lee: <attached: " + kPhotoName + ">\n";
-    chat += "[14/03/2025, 09:05:00] Messages are end-to-end encrypted.\n";
-    tmp.write("Sam/_chat.txt", chat);
-    tmp.write("Sam/" + kPhotoName, kPhoto);
-    std::string settings = config.write("settings.json", "{}");
-    std::ostringstream out, err;
-    int status = cli::run({"scan", tmp.path(), "--json", "--settings", settings}, out, err);
-    ASSERT_EQ(status, 0) << err.str();
-    Json json = Json::parse(out.str());
-    ASSERT_EQ(json["sources"].size(), 1u);
-    const Json& s = json["sources"][0];
-    EXPECT_EQ(s["kind"], "whatsapp");
-    EXPECT_EQ(s["name"], "Sam");
-    EXPECT_EQ(s["detail"], "WhatsApp · 13 messages · Jan 2025 – Mar 2025");
-    EXPECT_EQ(s["files"].size(), 2u);
-    const Json& photo = s["items"][12];
-    EXPECT_EQ(photo["attachmentName"], kPhotoName);
-    EXPECT_EQ(photo["attachmentID"], sha256Hex(kPhoto));
-    EXPECT_EQ(photo["imageURL"], tmp.path() + "/Sam/" + kPhotoName);
-    EXPECT_EQ(s["items"][13]["sender"], "");
-    EXPECT_TRUE(json["skipped"].empty());
-}
-
-// An attachment whose name sorts before its chat is still claimed by the chat
-// rather than handled first as a loose file.
-TEST(WhatsAppSource, AttachmentsSortingBeforeTheChatAreClaimedByIt) {
-    TempFolder tmp;
-    tmp.write("trip/Sam.txt",
-              "[05/01/2025, 09:00:00] Sam Lee: <attached: IMG_0001.jpg>\n"
-              "[05/01/2025, 09:01:00] Alex Morgan: Lovely\n");
-    tmp.write("trip/IMG_0001.jpg", kPhoto);
-    ScanResult r = scanFolder(tmp.path());
-    EXPECT_TRUE(r.skipped.empty()) << r.skipped.front().path << ": " << r.skipped.front().reason;
-    ASSERT_EQ(r.sources.size(), 1u);
-    ASSERT_EQ(r.sources[0].files.size(), 2u);
-    EXPECT_EQ(r.sources[0].files[1].path, "trip/IMG_0001.jpg");
-}
-
-TEST(WhatsAppSource, AttachmentNamesNeverReachOutsideTheExport) {
-    TempFolder tmp;
-    tmp.write("outside.jpg", kPhoto);
-    tmp.write("chat/_chat.txt",
-              "[05/01/2025, 09:00:00] Sam Lee: <attached: ../outside.jpg>\n"
-              "[05/01/2025, 09:01:00] Alex Morgan: Hi\n");
-    ScanResult r = scanFolder(tmp.path());
-    const Source* chat = findKind(r, SourceKind::whatsapp);
-    ASSERT_NE(chat, nullptr);
-    EXPECT_EQ(chat->files.size(), 1u);
-    EXPECT_FALSE(chat->items[0].details().imageURL.has_value());
-    // The file outside is left to the scan, which lists it on its own.
-    ASSERT_EQ(r.skipped.size(), 1u);
-    EXPECT_EQ(r.skipped[0].path, "outside.jpg");
+    auto entry = [](const std::vector<ZipWriter::Entry>& entries) {
+        auto found = chatEntry(ZipArchive::fromBytes(ZipWriter::archive(entries)));
+        return found ? found->path : "(none)";
+    };
+    EXPECT_EQ(entry({{"__MACOSX/._chat.txt", "x"}, {"readme.txt", "r"}, {"sub/_chat.txt", "c"}}),
+              "sub/_chat.txt");
+    EXPECT_EQ(entry({{"a.jpg", "x"}, {"b.txt", "b"}}), "b.txt");
+    EXPECT_EQ(entry({{"a.jpg", "x"}}), "(none)");
 }
 
 }  // namespace

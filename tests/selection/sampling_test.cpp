@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <random>
 
 #include "model/calendar.h"
@@ -20,59 +19,60 @@ IdSet idsAt(const std::string& fileID, std::initializer_list<int64_t> positions)
     return result;
 }
 
-TEST(Sample, TakesEvenlySpacedIndicesRoundingHalvesAwayFromZero) {
-    auto month = dailyMessages("f", 10, 2025, 3);
-    EXPECT_EQ(Selection::sample(refs(month), 4), idsAt("f", {0, 3, 6, 9}));
-    EXPECT_EQ(Selection::sample(refs(month), 3), idsAt("f", {0, 5, 9}));  // 4.5 becomes 5
-    EXPECT_EQ(Selection::sample(refs(month), 2), idsAt("f", {0, 9}));
-    EXPECT_EQ(Selection::sample(refs(month), 1), idsAt("f", {0}));
-    EXPECT_EQ(Selection::sample(refs(month), 9),
-              idsAt("f", {0, 1, 2, 3, 5, 6, 7, 8, 9}));  // 4.5 again
+std::vector<Evidence> concat(std::vector<Evidence> a, const std::vector<Evidence>& b) {
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
 }
 
-TEST(Sample, TakesEverythingWhenTheMonthIsSmallAndNothingBelowOne) {
-    auto month = dailyMessages("f", 3, 2025, 3);
-    EXPECT_EQ(Selection::sample(refs(month), 5), idsAt("f", {0, 1, 2}));
-    EXPECT_EQ(Selection::sample(refs(month), 3), idsAt("f", {0, 1, 2}));
-    EXPECT_TRUE(Selection::sample(refs(month), 0).empty());
-    EXPECT_TRUE(Selection::sample(refs(month), -2).empty());
-    EXPECT_TRUE(Selection::sample({}, 5).empty());
-}
-
-TEST(Sample, SamplesEveryCalendarMonthByItself) {
-    auto items = dailyMessages("f", 10, 2025, 1, 1, 0);
-    auto february = dailyMessages("f", 3, 2025, 2, 1, 10);
-    items.insert(items.end(), february.begin(), february.end());
-    EXPECT_EQ(Selection::sample(refs(items), 2), idsAt("f", {0, 9, 10, 12}));
-}
-
-TEST(Sample, MonthsAreTheWrittenOnesWithoutAnyZoneShift) {
-    std::vector<Evidence> items = {
-        message("f", 0, at(2025, 1, 31, 23, 59, 59)),
-        message("f", 1, at(2025, 2, 1, 0, 0, 0)),
-        message("f", 2, at(2025, 2, 28, 23, 59, 59)),
+// Evenly spaced indices round halves away from zero; every calendar month,
+// as written without any zone shift, is sampled by itself in date and
+// position order, whatever order the items come in.
+TEST(Sample, TakesEvenlySpacedItemsOfEveryMonth) {
+    struct Case {
+        const char* name;
+        std::vector<Evidence> items;
+        int perMonth;
+        IdSet expected;
     };
-    EXPECT_EQ(Selection::sample(refs(items), 1), idsAt("f", {0, 1}));
-}
-
-TEST(Sample, OrdersEachMonthByDateThenPositionWhateverTheInputOrder) {
-    Instant noon = at(2025, 5, 10);
-    std::vector<Evidence> items = {
-        message("f", 7, noon + 60), message("f", 9, noon),       message("f", 3, noon + 3600),
-        message("f", 8, noon),      message("f", 1, noon + 120),
+    const Instant noon = at(2025, 5, 10);
+    const auto ten = dailyMessages("f", 10, 2025, 3), three = dailyMessages("f", 3, 2025, 3);
+    const Case cases[] = {
+        {"four of ten", ten, 4, idsAt("f", {0, 3, 6, 9})},
+        {"three of ten: 4.5 becomes 5", ten, 3, idsAt("f", {0, 5, 9})},
+        {"two of ten", ten, 2, idsAt("f", {0, 9})},
+        {"one of ten", ten, 1, idsAt("f", {0})},
+        {"nine of ten: 4.5 again", ten, 9, idsAt("f", {0, 1, 2, 3, 5, 6, 7, 8, 9})},
+        {"more than the month holds", three, 5, idsAt("f", {0, 1, 2})},
+        {"exactly what the month holds", three, 3, idsAt("f", {0, 1, 2})},
+        {"none", three, 0, {}},
+        {"below none", three, -2, {}},
+        {"no items", {}, 5, {}},
+        {"each month by itself",
+         concat(dailyMessages("f", 10, 2025, 1, 1, 0), dailyMessages("f", 3, 2025, 2, 1, 10)), 2,
+         idsAt("f", {0, 9, 10, 12})},
+        {"written months",
+         {message("f", 0, at(2025, 1, 31, 23, 59, 59)), message("f", 1, at(2025, 2, 1, 0, 0, 0)),
+          message("f", 2, at(2025, 2, 28, 23, 59, 59))},
+         1,
+         idsAt("f", {0, 1})},
+        {"months before the epoch",
+         {message("f", 0, at(1969, 12, 31, 23, 59, 59)), message("f", 1, at(1969, 12, 1, 0, 0, 0)),
+          message("f", 2, at(1970, 1, 1, 0, 0, 0))},
+         1,
+         idsAt("f", {1, 2})},
+        // By date and position: 8, 9, 7, 1, 3.
+        {"date then position, three",
+         {message("f", 7, noon + 60), message("f", 9, noon), message("f", 3, noon + 3600),
+          message("f", 8, noon), message("f", 1, noon + 120)},
+         3,
+         idsAt("f", {8, 7, 3})},
+        {"date then position, one",
+         {message("f", 7, noon + 60), message("f", 9, noon), message("f", 8, noon)},
+         1,
+         idsAt("f", {8})},
     };
-    // By date and position: 8, 9, 7, 1, 3.
-    EXPECT_EQ(Selection::sample(refs(items), 3), idsAt("f", {8, 7, 3}));
-    EXPECT_EQ(Selection::sample(refs(items), 1), idsAt("f", {8}));
-}
-
-TEST(Sample, MonthsBeforeTheEpochsGroupCorrectly) {
-    std::vector<Evidence> items = {
-        message("f", 0, at(1969, 12, 31, 23, 59, 59)),
-        message("f", 1, at(1969, 12, 1, 0, 0, 0)),
-        message("f", 2, at(1970, 1, 1, 0, 0, 0)),
-    };
-    EXPECT_EQ(Selection::sample(refs(items), 1), idsAt("f", {1, 2}));
+    for (const auto& c : cases)
+        EXPECT_EQ(Selection::sample(refs(c.items), c.perMonth), c.expected) << c.name;
 }
 
 TEST(MonthIndex, GroupsAndOrdersExactlyAsTheFormattedMonthKey) {
@@ -95,59 +95,45 @@ TEST(MonthIndex, GroupsAndOrdersExactlyAsTheFormattedMonthKey) {
     }
 }
 
-TEST(WithContext, AddsTheItemJustBeforeAndAfterInTheFile) {
-    auto items = dailyMessages("f", 10, 2025, 3);
-    EXPECT_EQ(Selection::withContext(idsAt("f", {4}), refs(items)), idsAt("f", {3, 4, 5}));
-    EXPECT_EQ(Selection::withContext(idsAt("f", {2, 6}), refs(items)),
-              idsAt("f", {1, 2, 3, 5, 6, 7}));
-    EXPECT_TRUE(Selection::withContext({}, refs(items)).empty());
-}
-
-TEST(WithContext, FirstAndLastLinesOfAFileGetOneNeighbour) {
-    auto items = dailyMessages("f", 5, 2025, 3);
-    EXPECT_EQ(Selection::withContext(idsAt("f", {0}), refs(items)), idsAt("f", {0, 1}));
-    EXPECT_EQ(Selection::withContext(idsAt("f", {4}), refs(items)), idsAt("f", {3, 4}));
-}
-
-TEST(WithContext, NeighboursOfNeighboursAreNotAdded) {
-    auto items = dailyMessages("f", 9, 2025, 3);
-    IdSet once = Selection::withContext(idsAt("f", {4}), refs(items));
-    EXPECT_EQ(once, idsAt("f", {3, 4, 5}));
-    EXPECT_EQ(Selection::withContext(once, refs(items)), idsAt("f", {2, 3, 4, 5, 6}));
-}
-
-TEST(WithContext, NeighboursCrossMonthBordersButNeverFiles) {
-    std::vector<Evidence> items = {
+// The items just before and after each chosen one in its file, by position
+// (not date), across month borders but never across files; neighbours of
+// neighbours are not added, and ids naming no item are kept.
+TEST(WithContext, AddsTheNeighboursInTheFile) {
+    struct Case {
+        const char* name;
+        std::vector<Evidence> items;
+        IdSet chosen, expected;
+    };
+    const auto ten = dailyMessages("f", 10, 2025, 3);
+    const std::vector<Evidence> twoFiles = {
         message("a", 1, at(2025, 1, 31)), message("a", 2, at(2025, 2, 1)),
         message("a", 3, at(2025, 3, 1)),  message("b", 1, at(2025, 1, 31)),
         message("b", 3, at(2025, 2, 2)),
     };
-    EXPECT_EQ(Selection::withContext(idsAt("a", {2}), refs(items)), idsAt("a", {1, 2, 3}));
-    // b:1's successor in its file is b:3, two positions on; a's lines are no kin.
-    EXPECT_EQ(Selection::withContext({"b:1"}, refs(items)), (IdSet{"b:1", "b:3"}));
-}
-
-TEST(WithContext, NeighboursFollowPositionsNotDates) {
-    std::vector<Evidence> items = {
-        message("f", 30, at(2025, 1, 1)),
-        message("f", 10, at(2025, 3, 1)),
-        message("f", 20, at(2025, 2, 1)),
+    const std::vector<Evidence> byPosition = {message("f", 30, at(2025, 1, 1)),
+                                              message("f", 10, at(2025, 3, 1)),
+                                              message("f", 20, at(2025, 2, 1))};
+    const Case cases[] = {
+        {"one", ten, idsAt("f", {4}), idsAt("f", {3, 4, 5})},
+        {"two", ten, idsAt("f", {2, 6}), idsAt("f", {1, 2, 3, 5, 6, 7})},
+        {"none", ten, {}, {}},
+        {"first line", ten, idsAt("f", {0}), idsAt("f", {0, 1})},
+        {"last line", ten, idsAt("f", {9}), idsAt("f", {8, 9})},
+        {"neighbours of neighbours", ten, idsAt("f", {3, 4, 5}), idsAt("f", {2, 3, 4, 5, 6})},
+        {"across months", twoFiles, idsAt("a", {2}), idsAt("a", {1, 2, 3})},
+        // b:1's successor in its file is b:3, two positions on; a's lines are no kin.
+        {"never across files", twoFiles, {"b:1"}, {"b:1", "b:3"}},
+        {"never across files, forwards", twoFiles, {"a:3"}, {"a:2", "a:3"}},
+        {"positions, not dates: first", byPosition, {"f:10"}, {"f:10", "f:20"}},
+        {"positions, not dates: last", byPosition, {"f:30"}, {"f:20", "f:30"}},
+        {"ids naming no item", ten, {"gone:5", "f:0"}, {"f:0", "f:1", "gone:5"}},
+        // Two items of one line (a message and its attachment) share an id.
+        {"a shared id is chosen together",
+         concat(dailyMessages("f", 5, 2025, 3), {message("f", 2, at(2025, 3, 3))}), idsAt("f", {2}),
+         idsAt("f", {1, 2, 3})},
     };
-    EXPECT_EQ(Selection::withContext({"f:10"}, refs(items)), (IdSet{"f:10", "f:20"}));
-    EXPECT_EQ(Selection::withContext({"f:30"}, refs(items)), (IdSet{"f:20", "f:30"}));
-}
-
-TEST(WithContext, KeepsGivenIdsThatNameNoItem) {
-    auto items = dailyMessages("f", 3, 2025, 3);
-    EXPECT_EQ(Selection::withContext({"gone:5", "f:0"}, refs(items)),
-              (IdSet{"f:0", "f:1", "gone:5"}));
-}
-
-TEST(WithContext, ItemsSharingAnIdAreChosenTogether) {
-    // Two items of one line (a message and its attachment) share an id.
-    std::vector<Evidence> items = dailyMessages("f", 5, 2025, 3);
-    items.push_back(message("f", 2, at(2025, 3, 3)));
-    EXPECT_EQ(Selection::withContext(idsAt("f", {2}), refs(items)), idsAt("f", {1, 2, 3}));
+    for (const auto& c : cases)
+        EXPECT_EQ(Selection::withContext(c.chosen, refs(c.items)), c.expected) << c.name;
 }
 
 }  // namespace

@@ -34,33 +34,31 @@ std::vector<Evidence> values(const Selection::ItemRefs& items) {
     return result;
 }
 
-TEST(InRange, EveryItemWhenTheRangeIsOff) {
-    Settings settings;
-    settings.rangeStart = settings.rangeEnd = at(2025, 1, 1);
-    EXPECT_TRUE(Selection::inRange(message("f", 0, at(1990, 1, 1)), settings));
-}
-
-TEST(InRange, ASingleDayRunsFromMidnightToTheNextMidnight) {
-    Settings settings;
-    settings.limitDates = true;
-    settings.rangeStart = at(2025, 3, 9, 15, 30);  // times of day do not matter
-    settings.rangeEnd = at(2025, 3, 9, 8, 0);
-    auto inRange = [&](Instant t) { return Selection::inRange(message("f", 0, t), settings); };
-    EXPECT_FALSE(inRange(at(2025, 3, 8, 23, 59, 59)));
-    EXPECT_TRUE(inRange(at(2025, 3, 9, 0, 0, 0)));
-    EXPECT_TRUE(inRange(at(2025, 3, 9, 23, 59, 59)));
-    EXPECT_TRUE(inRange(at(2025, 3, 10, 0, 0, 0) - 0.001));
-    EXPECT_FALSE(inRange(at(2025, 3, 10, 0, 0, 0)));
-}
-
-TEST(InRange, TheLastDayIsIncluded) {
-    Settings settings;
-    settings.limitDates = true;
-    settings.rangeStart = at(2025, 1, 1);
-    settings.rangeEnd = at(2025, 1, 31);
-    EXPECT_TRUE(Selection::inRange(message("f", 0, at(2025, 1, 31, 22)), settings));
-    EXPECT_FALSE(Selection::inRange(message("f", 0, at(2025, 2, 1, 0)), settings));
-    EXPECT_FALSE(Selection::inRange(message("f", 0, at(2024, 12, 31, 23)), settings));
+// Whole days: a range runs from the first day's midnight to the midnight
+// after the last day, whatever times of day the settings hold.
+TEST(InRange, RunsFromMidnightToTheMidnightAfterTheLastDay) {
+    const struct Case {
+        const char* name;
+        Instant first, last, date;
+        bool in;
+    } cases[] = {
+        {"day before", at(2025, 3, 9, 15, 30), at(2025, 3, 9, 8), at(2025, 3, 8, 23, 59, 59), 0},
+        {"first moment", at(2025, 3, 9, 15, 30), at(2025, 3, 9, 8), at(2025, 3, 9, 0, 0, 0), 1},
+        {"last second", at(2025, 3, 9, 15, 30), at(2025, 3, 9, 8), at(2025, 3, 9, 23, 59, 59), 1},
+        {"last millisecond", at(2025, 3, 9), at(2025, 3, 9), at(2025, 3, 10, 0, 0, 0) - 0.001, 1},
+        {"next midnight", at(2025, 3, 9), at(2025, 3, 9), at(2025, 3, 10, 0, 0, 0), 0},
+        {"last day", at(2025, 1, 1), at(2025, 1, 31), at(2025, 1, 31, 22), 1},
+        {"day after the last", at(2025, 1, 1), at(2025, 1, 31), at(2025, 2, 1, 0), 0},
+        {"day before the first", at(2025, 1, 1), at(2025, 1, 31), at(2024, 12, 31, 23), 0},
+    };
+    for (const auto& c : cases) {
+        Settings settings;
+        settings.rangeStart = c.first;
+        settings.rangeEnd = c.last;
+        EXPECT_TRUE(Selection::inRange(message("f", 0, c.date), settings)) << "range off";
+        settings.limitDates = true;
+        EXPECT_EQ(Selection::inRange(message("f", 0, c.date), settings), c.in) << c.name;
+    }
 }
 
 TEST(Candidates, KeepsSourceOrderAndDropsExcludedSourcesAndOutOfRangeItems) {
@@ -168,14 +166,54 @@ TEST(Proposed, MediaSampledPerSourceDocumentsAndEmailsAlwaysIn) {
               setOf(Selection::candidates(scan, settings)));
 }
 
-TEST(Selected, AddsAndExcludesByHandWithExclusionWinning) {
-    ScanResult scan =
-        scanOf({source(SourceKind::whatsapp, "chat", dailyMessages("c", 10, 2025, 3))});
-    Settings settings;
-    settings.messagesPerMonth = 1;  // proposes c:0 and c:1
-    settings.addedItems = {"c:5", "c:7"};
-    settings.excludedItems = {"c:1", "c:7"};
-    EXPECT_EQ(ids(Selection::selected(scan, settings)), (std::vector<std::string>{"c:0", "c:5"}));
+// The proposal corrected by hand, exclusion winning, within the range,
+// ordered by date, file and position. An id not written the way an item
+// writes its id names nothing.
+TEST(Selected, CorrectsTheProposalByHand) {
+    const Instant t = at(2025, 4, 1);
+    const Source chat = source(SourceKind::whatsapp, "chat", dailyMessages("c", 10, 2025, 3));
+    const Source system = source(SourceKind::whatsapp, "chat",
+                                 {message("c", 0, at(2025, 3, 1), ""), message("c", 1, t)});
+    const Source unordered =
+        source(SourceKind::whatsapp, "z",
+               {message("zz", 5, t), message("zz", 2, t), message("zz", 9, t - 60)});
+    const Source document =
+        source(SourceKind::documents, "docs", {item(ItemKind::document, "aa", 7, t)});
+    const struct Case {
+        const char* name;
+        std::vector<Source> sources;
+        int perMonth;  // one a month proposes c:0 and c:1 of the chat
+        IdSet added, excluded;
+        std::vector<std::string> expected;
+        Instant lastDay = 0;
+    } cases[] = {
+        {"exclusion wins", {chat}, 1, {"c:5", "c:7"}, {"c:1", "c:7"}, {"c:0", "c:5"}},
+        {"added outside the range", {chat}, 1, {"c:4"}, {}, {"c:0", "c:1"}, at(2025, 3, 2)},
+        {"system line not proposed", {system}, 5, {}, {}, {"c:1"}},
+        {"system line added", {system}, 5, {"c:0"}, {}, {"c:0", "c:1"}},
+        {"date, file, position",
+         {unordered, document},
+         0,
+         {},
+         {},
+         {"zz:9", "aa:7", "zz:2", "zz:5"}},
+        {"ids not written as item ids",
+         {chat},
+         1,
+         {"c:04", "c:+3", "c:3x", "c", ""},
+         {"c:01", "x:c:0"},
+         {"c:0", "c:1"}},
+    };
+    for (const auto& c : cases) {
+        Settings settings;
+        settings.messagesPerMonth = c.perMonth;
+        settings.addedItems = c.added;
+        settings.excludedItems = c.excluded;
+        settings.limitDates = c.lastDay != 0;
+        settings.rangeStart = at(2025, 3, 1);
+        settings.rangeEnd = c.lastDay;
+        EXPECT_EQ(ids(Selection::selected(scanOf(c.sources), settings)), c.expected) << c.name;
+    }
 }
 
 TEST(Selected, ExcludingASourceRemovesEvenItsAddedItems) {
@@ -191,51 +229,6 @@ TEST(Selected, ExcludingASourceRemovesEvenItsAddedItems) {
     EXPECT_EQ(ids(Selection::selected(scan, settings)), (std::vector<std::string>{"d:0"}));
 }
 
-TEST(Selected, AddedItemsOutsideTheRangeStayOut) {
-    ScanResult scan =
-        scanOf({source(SourceKind::whatsapp, "chat", dailyMessages("c", 5, 2025, 3))});
-    Settings settings;
-    settings.messagesPerMonth = 1;
-    settings.limitDates = true;
-    settings.rangeStart = at(2025, 3, 1);
-    settings.rangeEnd = at(2025, 3, 2);
-    settings.addedItems = {"c:4"};
-    EXPECT_EQ(ids(Selection::selected(scan, settings)), (std::vector<std::string>{"c:0", "c:1"}));
-}
-
-TEST(Selected, AddedSystemLineIsSelected) {
-    std::vector<Evidence> chat = {message("c", 0, at(2025, 3, 1), ""),
-                                  message("c", 1, at(2025, 3, 2))};
-    ScanResult scan = scanOf({source(SourceKind::whatsapp, "chat", chat)});
-    Settings settings;
-    EXPECT_EQ(ids(Selection::selected(scan, settings)), (std::vector<std::string>{"c:1"}));
-    settings.addedItems = {"c:0"};
-    EXPECT_EQ(ids(Selection::selected(scan, settings)), (std::vector<std::string>{"c:0", "c:1"}));
-}
-
-TEST(Selected, OrdersByDateThenFileThenPosition) {
-    Instant t = at(2025, 4, 1);
-    ScanResult scan = scanOf({
-        source(SourceKind::whatsapp, "z",
-               {message("zz", 5, t), message("zz", 2, t), message("zz", 9, t - 60)}),
-        source(SourceKind::documents, "docs", {item(ItemKind::document, "aa", 1, t)}),
-    });
-    Settings settings;
-    settings.messagesPerMonth = 0;
-    EXPECT_EQ(ids(Selection::selected(scan, settings)),
-              (std::vector<std::string>{"zz:9", "aa:1", "zz:2", "zz:5"}));
-}
-
-TEST(Selected, IdsNotWrittenAsItemIdsNameNothing) {
-    ScanResult scan =
-        scanOf({source(SourceKind::whatsapp, "chat", dailyMessages("c", 5, 2025, 3))});
-    Settings settings;
-    settings.messagesPerMonth = 1;
-    settings.addedItems = {"c:04", "c:+3", "c:3x", "c", ""};
-    settings.excludedItems = {"c:01", "x:c:0"};
-    EXPECT_EQ(ids(Selection::selected(scan, settings)), (std::vector<std::string>{"c:0", "c:1"}));
-}
-
 TEST(SetSelected, TicksBecomeChangesOfTheManualSets) {
     Settings settings;
     IdSet proposal = {"c:0", "c:1"};
@@ -249,22 +242,17 @@ TEST(SetSelected, TicksBecomeChangesOfTheManualSets) {
     Selection::setSelected(settings, proposal, "c:0", true);
     EXPECT_TRUE(settings.excludedItems.empty());
     EXPECT_TRUE(settings.addedItems.empty());  // c:0 is proposed
-}
 
-TEST(SetSelected, WithoutAScanTickingOnAddsAndTickingOffOnlyUndoesIt) {
-    Settings settings;
     settings.excludedItems = {"c:1"};
     Selection::setSelected(settings, {}, "c:1", true);
     EXPECT_TRUE(settings.excludedItems.empty());
     EXPECT_EQ(settings.addedItems, IdSet{"c:1"});
     Selection::setSelected(settings, {}, "c:2", false);
     EXPECT_TRUE(settings.excludedItems.empty());
-}
 
-TEST(SetSelected, TheSelectionFollowsTheTicksAndBackToAutomaticRestoresIt) {
     ScanResult scan =
         scanOf({source(SourceKind::whatsapp, "chat", dailyMessages("c", 10, 2025, 3))});
-    Settings settings;
+    settings = Settings{};
     settings.messagesPerMonth = 1;
     auto automatic = Selection::selected(scan, settings);
     Selection::setSelected(settings, setOf(Selection::proposed(scan, settings)), "c:6", true);

@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 #include <pango/pangocairo.h>
 #include <poppler.h>
+#include <qpdf/QPDF.hh>
+#include <qpdf/QPDFOutlineDocumentHelper.hh>
 
 #include <cmath>
 #include <cstdlib>
@@ -34,6 +36,20 @@ PopplerDocument* open(const std::string& bytes) {
     }
     return doc;
 }
+
+// One page of a document opened from bytes, both released together.
+struct OpenPage {
+    OpenPage(const std::string& bytes, int index)
+        : doc(open(bytes)), page(poppler_document_get_page(doc, index)) {}
+    ~OpenPage() {
+        g_object_unref(page);
+        g_object_unref(doc);
+    }
+    OpenPage(const OpenPage&) = delete;
+    OpenPage& operator=(const OpenPage&) = delete;
+    PopplerDocument* doc;
+    PopplerPage* page;
+};
 
 }  // namespace
 
@@ -69,8 +85,8 @@ ReadPDF readPDF(const std::string& bytes) {
 }
 
 Raster rasterise(const std::string& bytes, int pageIndex, double scale) {
-    PopplerDocument* doc = open(bytes);
-    PopplerPage* page = poppler_document_get_page(doc, pageIndex);
+    OpenPage opened(bytes, pageIndex);
+    PopplerPage* page = opened.page;
     double w = 0, h = 0;
     poppler_page_get_size(page, &w, &h);
     Raster raster;
@@ -92,8 +108,6 @@ Raster rasterise(const std::string& bytes, int pageIndex, double scale) {
             raster.pixels.push_back(*reinterpret_cast<const uint32_t*>(data + y * stride + x * 4) &
                                     0xFFFFFF);
     cairo_surface_destroy(surface);
-    g_object_unref(page);
-    g_object_unref(doc);
     return raster;
 }
 
@@ -125,8 +139,8 @@ Box boxOf(const Raster& raster, uint32_t colour, Box region) {
 }
 
 std::string textRightOf(const std::string& bytes, int pageIndex, const std::string& label) {
-    PopplerDocument* doc = open(bytes);
-    PopplerPage* page = poppler_document_get_page(doc, pageIndex);
+    OpenPage opened(bytes, pageIndex);
+    PopplerPage* page = opened.page;
     char* text = poppler_page_get_text(page);
     PopplerRectangle* rects = nullptr;
     guint count = 0;
@@ -152,14 +166,12 @@ std::string textRightOf(const std::string& bytes, int pageIndex, const std::stri
     }
     g_free(rects);
     g_free(text);
-    g_object_unref(page);
-    g_object_unref(doc);
     return result;
 }
 
 std::vector<double> imageResolutions(const std::string& bytes, int pageIndex) {
-    PopplerDocument* doc = open(bytes);
-    PopplerPage* page = poppler_document_get_page(doc, pageIndex);
+    OpenPage opened(bytes, pageIndex);
+    PopplerPage* page = opened.page;
     std::vector<double> result;
     GList* mappings = poppler_page_get_image_mapping(page);
     for (GList* m = mappings; m; m = m->next) {
@@ -171,8 +183,65 @@ std::vector<double> imageResolutions(const std::string& bytes, int pageIndex) {
         cairo_surface_destroy(image);
     }
     poppler_page_free_image_mapping(mappings);
-    g_object_unref(page);
-    g_object_unref(doc);
+    return result;
+}
+
+std::vector<Link> links(const std::string& bytes, int pageIndex) {
+    OpenPage opened(bytes, pageIndex);
+    std::vector<Link> result;
+    GList* mappings = poppler_page_get_link_mapping(opened.page);
+    for (GList* m = mappings; m; m = m->next) {
+        auto* action = static_cast<PopplerLinkMapping*>(m->data)->action;
+        EXPECT_EQ(action->type, POPPLER_ACTION_GOTO_DEST) << "a link leaving the file";
+        if (action->type != POPPLER_ACTION_GOTO_DEST) continue;
+        PopplerDest* dest = action->goto_dest.dest;
+        if (dest->type != POPPLER_DEST_NAMED) {
+            result.push_back({"", dest->page_num - 1});
+            continue;
+        }
+        PopplerDest* found = poppler_document_find_dest(opened.doc, dest->named_dest);
+        result.push_back({dest->named_dest, found ? found->page_num - 1 : -1});
+        if (found) poppler_dest_free(found);
+    }
+    poppler_page_free_link_mapping(mappings);
+    return result;
+}
+
+namespace {
+
+void addOutline(QPDF& qpdf, std::vector<QPDFOutlineObjectHelper> items,
+                std::vector<std::pair<std::string, int>>& into) {
+    const auto& pages = qpdf.getAllPages();
+    for (auto& item : items) {
+        QPDFObjectHandle page = item.getDestPage();
+        int index = -1;
+        for (size_t i = 0; i < pages.size(); ++i)
+            if (page.isIndirect() && pages[i].getObjGen() == page.getObjGen())
+                index = static_cast<int>(i);
+        into.emplace_back(item.getTitle(), index);
+        addOutline(qpdf, item.getKids(), into);
+    }
+}
+
+}  // namespace
+
+std::vector<std::pair<std::string, int>> outline(const std::string& bytes) {
+    QPDF qpdf;
+    qpdf.processMemoryFile("read", bytes.data(), bytes.size());
+    QPDFOutlineDocumentHelper helper(qpdf);
+    std::vector<std::pair<std::string, int>> result;
+    addOutline(qpdf, helper.getTopLevelOutlines(), result);
+    return result;
+}
+
+std::map<std::string, std::string> information(const std::string& bytes) {
+    QPDF qpdf;
+    qpdf.processMemoryFile("read", bytes.data(), bytes.size());
+    std::map<std::string, std::string> result;
+    QPDFObjectHandle info = qpdf.getTrailer().getKey("/Info");
+    if (info.isDictionary())
+        for (const auto& key : info.getKeys())
+            result[key] = info.getKey(key).getUTF8Value();
     return result;
 }
 

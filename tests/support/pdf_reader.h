@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -49,6 +50,20 @@ Box boxOf(const Raster& raster, uint32_t colour, Box region);
 
 // For each image drawn on the page: its pixel width divided by the drawn width in points.
 std::vector<double> imageResolutions(const std::string& bytes, int page);
+
+// Each link on the page: the named destination it leads to ("" for a direct
+// one) and the 0-based page of this file that destination is on.
+struct Link {
+    std::string name;
+    int page = -1;
+};
+std::vector<Link> links(const std::string& bytes, int page);
+
+// Every outline entry, nested ones too, with the 0-based page it leads to.
+std::vector<std::pair<std::string, int>> outline(const std::string& bytes);
+
+// The document information dictionary: "/Creator" and the like, as text.
+std::map<std::string, std::string> information(const std::string& bytes);
 
 // A message item of a file.
 Evidence message(const std::string& fileID, int64_t position, double date,
