@@ -6,6 +6,10 @@
 #include <limits>
 #include <sstream>
 
+#include "example/example_folder.h"
+#include "scan/scanner.h"
+#include "support/temp_folder.h"
+
 namespace kinfolio::cli {
 namespace {
 
@@ -63,9 +67,21 @@ TEST(ScanJson, WrittenItemsEqualTheLibrarysTree) {
         writeJson(written, scan);
         EXPECT_EQ(written.str(), toJson(scan).dump(2) + "\n");
     }
-    std::ostringstream empty;
-    writeJson(empty, ScanResult{});
-    EXPECT_EQ(empty.str(), toJson(ScanResult{}).dump(2) + "\n");
+}
+
+// The streamed JSON of a scan is byte for byte what the JSON tree prints.
+TEST(ScanJson, StreamedOutputEqualsTheTree) {
+    testing::TempFolder temp;
+    std::string folder = temp.path() + "/materials";
+    ExampleFolder::write(folder);
+    ScanResult scan = Scanner::scan(folder, DateOrder::automatic, "Europe/London");
+    scan.skipped.push_back({"notes.docx", "Not a file type Kinfolio reads."});
+    scan.sources.push_back(Source{});  // a source without items or files
+    for (const ScanResult& s : {scan, ScanResult{}}) {
+        std::ostringstream streamed;
+        writeJson(streamed, s);
+        EXPECT_EQ(streamed.str(), toJson(s).dump(2) + "\n");
+    }
 }
 
 }  // namespace

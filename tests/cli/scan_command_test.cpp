@@ -148,20 +148,5 @@ TEST_F(ScanCommand, TextNamesEachSourceAndSkippedFileAndProgressGoesOnlyToATermi
               std::string::npos);
 }
 
-// The streamed JSON of a scan is byte for byte what the JSON tree prints.
-TEST(ScanJson, StreamedOutputEqualsTheTree) {
-    testing::TempFolder temp;
-    std::string folder = temp.path() + "/materials";
-    ExampleFolder::write(folder);
-    ScanResult scan = Scanner::scan(folder, DateOrder::automatic, "Europe/London");
-    scan.skipped.push_back({"notes.docx", "Not a file type Kinfolio reads."});
-    scan.sources.push_back(Source{});  // a source without items or files
-    for (const ScanResult& s : {scan, ScanResult{}}) {
-        std::ostringstream streamed;
-        writeJson(streamed, s);
-        EXPECT_EQ(streamed.str(), toJson(s).dump(2) + "\n");
-    }
-}
-
 }  // namespace
 }  // namespace kinfolio::cli
