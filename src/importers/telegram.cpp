@@ -92,6 +92,301 @@ std::vector<Evidence> chatItems(JsonObject chat, const SharedText& fileID, int64
     return items;
 }
 
+// The same reading in one pass over the text, without a document tree: a
+// whole-account export runs to hundreds of megabytes and its tree took twice
+// that again. Objects are read field by field, the first of a repeated key
+// counting, as in the tree. Anything the pass does not expect (a damaged
+// text, trailing data, a layout other than Telegram's) gives none, and the
+// tree reading then decides, with its own sentences for what is wrong.
+namespace streamed {
+
+namespace od = simdjson::ondemand;
+
+// A key's value when it is a string; only the first of a repeated key counts.
+struct FirstString {
+    bool seen = false;
+    std::optional<std::string_view> value;
+};
+
+struct Fields {
+    FirstString date, type, from, photo, file, mimeType, mediaType, action, actor, discardReason;
+    bool hasDuration = false, hasText = false;
+    std::optional<double> duration;
+    std::string text;
+};
+
+simdjson::error_code stringOf(od::value v, FirstString& out) {
+    if (out.seen) return simdjson::SUCCESS;
+    out.seen = true;
+    std::string_view text;
+    auto error = v.get_string().get(text);
+    if (error == simdjson::INCORRECT_TYPE) return simdjson::SUCCESS;
+    if (!error) out.value = text;
+    return error;
+}
+
+simdjson::error_code textOf(od::value v, Fields& f) {
+    if (f.hasText) return simdjson::SUCCESS;
+    f.hasText = true;
+    od::json_type type;
+    if (auto error = v.type().get(type)) return error;
+    if (type == od::json_type::string) {
+        std::string_view text;
+        if (auto error = v.get_string().get(text)) return error;
+        f.text = text;
+        return simdjson::SUCCESS;
+    }
+    if (type != od::json_type::array) return simdjson::SUCCESS;
+    od::array parts;
+    if (auto error = v.get_array().get(parts)) return error;
+    for (auto part : parts) {
+        od::value p;
+        if (auto error = part.get(p)) return error;
+        if (auto error = p.type().get(type)) return error;
+        if (type == od::json_type::string) {
+            std::string_view text;
+            if (auto error = p.get_string().get(text)) return error;
+            f.text += text;
+        } else if (type == od::json_type::object) {
+            od::object entity;
+            if (auto error = p.get_object().get(entity)) return error;
+            FirstString text;
+            for (auto field : entity) {
+                std::string_view key;
+                if (auto error = field.unescaped_key().get(key)) return error;
+                od::value value;
+                if (auto error = field.value().get(value)) return error;
+                if (key == "text")
+                    if (auto error = stringOf(value, text)) return error;
+            }
+            if (text.value) f.text += *text.value;
+        }
+    }
+    return simdjson::SUCCESS;
+}
+
+simdjson::error_code fieldsOf(od::object m, Fields& f) {
+    for (auto field : m) {
+        std::string_view key;
+        if (auto error = field.unescaped_key().get(key)) return error;
+        od::value v;
+        if (auto error = field.value().get(v)) return error;
+        simdjson::error_code error = simdjson::SUCCESS;
+        if (key == "date")
+            error = stringOf(v, f.date);
+        else if (key == "type")
+            error = stringOf(v, f.type);
+        else if (key == "from")
+            error = stringOf(v, f.from);
+        else if (key == "text")
+            error = textOf(v, f);
+        else if (key == "photo")
+            error = stringOf(v, f.photo);
+        else if (key == "file")
+            error = stringOf(v, f.file);
+        else if (key == "mime_type")
+            error = stringOf(v, f.mimeType);
+        else if (key == "media_type")
+            error = stringOf(v, f.mediaType);
+        else if (key == "action")
+            error = stringOf(v, f.action);
+        else if (key == "actor")
+            error = stringOf(v, f.actor);
+        else if (key == "discard_reason")
+            error = stringOf(v, f.discardReason);
+        else if (key == "duration_seconds" && !f.hasDuration) {
+            f.hasDuration = true;
+            double seconds;
+            error = v.get_double().get(seconds);
+            if (error == simdjson::INCORRECT_TYPE)
+                error = simdjson::SUCCESS;
+            else if (!error)
+                f.duration = seconds;
+        }
+        if (error) return error;
+    }
+    return simdjson::SUCCESS;
+}
+
+// Lets the mapped pages behind the reading go now and then: the items hold
+// copies of what they need, and the export and its items should not be in
+// memory together.
+struct Release {
+    od::document* doc = nullptr;
+    MappedFile* mapped = nullptr;
+    int64_t countdown = 0;
+    void maybe() {
+        if (!mapped || --countdown > 0) return;
+        countdown = 4096;
+        const char* at;
+        if (!doc->current_location().get(at)) mapped->releaseBefore(at);
+    }
+};
+
+// The items of one field's value `messages`, as chatItems() reads them.
+simdjson::error_code messagesOf(od::value value, const SharedText& fileID, int64_t& position,
+                                std::vector<Evidence>& items, Release& release) {
+    od::array messages;
+    if (auto error = value.get_array().get(messages)) return error;
+    for (auto element : messages) {
+        ++position;  // every element counts, skipped ones too
+        release.maybe();
+        od::value v;
+        if (auto error = element.get(v)) return error;
+        od::json_type type;
+        if (auto error = v.type().get(type)) return error;
+        if (type != od::json_type::object) continue;
+        od::object m;
+        if (auto error = v.get_object().get(m)) return error;
+        Fields f;
+        if (auto error = fieldsOf(m, f)) return error;
+        if (!f.date.value) continue;
+        auto when = messageDate(*f.date.value);
+        if (!when) continue;
+        if (f.type.value == "message") {
+            Evidence e = item(ItemKind::message, *when, fileID, position);
+            e.sender = f.from.value.value_or("");
+            e.text = std::move(f.text);
+            if (f.photo.value)
+                e.detailsForWriting().attachmentName = std::string(*f.photo.value);
+            else if (f.file.value && f.mimeType.value == "image/jpeg")
+                e.detailsForWriting().attachmentName = std::string(*f.file.value);
+            if (e.text.empty() && !e.details().attachmentName && f.mediaType.value)
+                e.text = "[" + replaceAll(*f.mediaType.value, "_", " ") + "]";
+            items.push_back(std::move(e));
+        } else if (f.type.value == "service" && f.action.value == "phone_call") {
+            Evidence e = item(ItemKind::call, *when, fileID, position);
+            e.sender = f.actor.value.value_or("");
+            if (f.duration) e.detailsForWriting().duration = *f.duration;
+            e.text = f.discardReason.value == "missed" ? "Missed call" : "Call";
+            items.push_back(std::move(e));
+        }
+    }
+    return simdjson::SUCCESS;
+}
+
+struct Chat {
+    FirstString name;
+    std::vector<Evidence> items;
+    bool hasMessages = false;
+};
+
+// A chat object: its name and the items of its first "messages" array.
+simdjson::error_code chatOf(od::object chat, const SharedText& fileID, int64_t& position, Chat& out,
+                            Release& release) {
+    for (auto field : chat) {
+        std::string_view key;
+        if (auto error = field.unescaped_key().get(key)) return error;
+        od::value v;
+        if (auto error = field.value().get(v)) return error;
+        if (key == "name") {
+            if (auto error = stringOf(v, out.name)) return error;
+        } else if (key == "messages" && !out.hasMessages) {
+            od::json_type type;
+            if (auto error = v.type().get(type)) return error;
+            if (type != od::json_type::array) return simdjson::INCORRECT_TYPE;  // the tree decides
+            out.hasMessages = true;
+            if (auto error = messagesOf(v, fileID, position, out.items, release)) return error;
+        }
+    }
+    return simdjson::SUCCESS;
+}
+
+std::optional<std::vector<TelegramChat>> read(std::string_view data, const std::string& fileID,
+                                              size_t slack, MappedFile* mapped) {
+    if (data.starts_with("\xEF\xBB\xBF")) data.remove_prefix(3);
+    simdjson::padded_string copy;
+    simdjson::padded_string_view text(data.data(), data.size(), data.size() + slack);
+    if (slack < simdjson::SIMDJSON_PADDING) {
+        copy = simdjson::padded_string(data);
+        text = copy;
+    }
+    od::parser parser;
+    od::document doc;
+    od::object top;
+    if (parser.iterate(text).get(doc) || doc.get_object().get(top)) return std::nullopt;
+    // Only a mapping read where it lies has pages to let go.
+    Release release{&doc, copy.size() == 0 ? mapped : nullptr};
+
+    const SharedText sharedID(fileID);
+    int64_t position = 0;
+    std::vector<TelegramChat> result;
+    bool single = false, sawMessages = false, account = false, sawChats = false;
+    FirstString topName;
+    std::vector<Evidence> topItems;
+    for (auto field : top) {
+        std::string_view key;
+        od::value v;
+        if (field.unescaped_key().get(key) || field.value().get(v)) return std::nullopt;
+        if (key == "messages" && !sawMessages) {
+            // A top-level "messages" is a single chat, whatever else is there;
+            // a whole-account reading before it would be the tree's second
+            // choice, so that case is left to the tree.
+            sawMessages = true;
+            od::json_type type;
+            if (v.type().get(type)) return std::nullopt;
+            if (type != od::json_type::array) continue;
+            if (account) return std::nullopt;
+            single = true;
+            if (messagesOf(v, sharedID, position, topItems, release)) return std::nullopt;
+        } else if (key == "name") {
+            if (stringOf(v, topName)) return std::nullopt;
+        } else if (key == "chats" && !sawChats && !single) {
+            sawChats = true;
+            od::object chats;
+            if (v.get_object().get(chats)) return std::nullopt;
+            bool sawList = false;
+            for (auto chatsField : chats) {
+                std::string_view chatsKey;
+                od::value list;
+                if (chatsField.unescaped_key().get(chatsKey) || chatsField.value().get(list))
+                    return std::nullopt;
+                if (chatsKey != "list" || sawList) continue;
+                sawList = true;
+                od::array elements;
+                if (list.get_array().get(elements)) return std::nullopt;
+                account = true;
+                int place = 0;
+                for (auto element : elements) {
+                    ++place;
+                    od::value e;
+                    od::json_type type;
+                    if (element.get(e) || e.type().get(type)) return std::nullopt;
+                    if (type != od::json_type::object) continue;
+                    od::object chatObject;
+                    Chat chat;
+                    if (e.get_object().get(chatObject) ||
+                        chatOf(chatObject, sharedID, position, chat, release))
+                        return std::nullopt;
+                    if (chat.items.empty()) continue;
+                    result.push_back(
+                        TelegramChat{std::string(chat.name.value.value_or("Telegram chat")),
+                                     std::move(chat.items), place});
+                }
+                if (place == 0) return std::nullopt;  // the tree says there are no chats
+            }
+            if (!sawList) return std::nullopt;
+        }
+    }
+    // More after the end of the data: the tree has a sentence for that.
+    const char* rest;
+    if (doc.current_location().get(rest) != simdjson::OUT_OF_BOUNDS) return std::nullopt;
+    if (single) {
+        result.clear();
+        if (!topItems.empty())
+            result.push_back(TelegramChat{std::string(topName.value.value_or("Telegram chat")),
+                                          std::move(topItems), 0});
+    } else if (!account) {
+        return std::nullopt;  // not a Telegram layout: the tree says so
+    }
+    // Nothing to show: the tree gives the reason (no messages, or a damage
+    // that this pass stepped over, such as brackets nested thousands deep).
+    if (result.empty()) return std::nullopt;
+    return result;
+}
+
+}  // namespace streamed
+
 }  // namespace
 
 bool isTelegram(std::string_view data) {
@@ -164,7 +459,9 @@ std::vector<TelegramChat> telegram(JsonValue root, const std::string& fileID) {
     return result;
 }
 
-std::vector<TelegramChat> telegram(std::string_view data, const std::string& fileID, size_t slack) {
+std::vector<TelegramChat> telegram(std::string_view data, const std::string& fileID, size_t slack,
+                                   MappedFile* mapped) {
+    if (auto chats = streamed::read(data, fileID, slack, mapped)) return std::move(*chats);
     simdjson::dom::document document;
     return telegram(parseJson(document, data, slack), fileID);
 }

@@ -8,6 +8,7 @@
 
 #include "importers/json_reader.h"
 #include "model/evidence.h"
+#include "model/files.h"
 
 // The machine-readable export of Telegram Desktop ("result.json"): one chat,
 // or the whole account with a list of chats.
@@ -27,10 +28,11 @@ bool isTelegram(std::string_view data);
 // Every chat with at least one message or call; `fileID` is the SHA-256 of
 // "result.json". An item's position is its message's 1-based place in the
 // whole file, counted on through the chats of a whole-account export, so
-// file and position name one message. `slack` as for parseJson. Throws
-// EvidenceError.
+// file and position name one message. `slack` as for parseJson. When `data`
+// is `mapped`'s, the pages already read are let go as the reading goes on.
+// Throws EvidenceError.
 std::vector<TelegramChat> telegram(std::string_view data, const std::string& fileID,
-                                   size_t slack = 0);
+                                   size_t slack = 0, MappedFile* mapped = nullptr);
 // The same from an already parsed document.
 std::vector<TelegramChat> telegram(JsonValue root, const std::string& fileID);
 

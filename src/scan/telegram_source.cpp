@@ -2,7 +2,6 @@
 
 #include "importers/telegram.h"
 #include "scan/attach.h"
-#include "scan/json_bytes.h"
 #include "scan/readers.h"
 #include "scan/scanner.h"
 
@@ -11,8 +10,8 @@ namespace kinfolio::Scanner {
 void readTelegram(ScanContext& ctx, Record& json, std::string_view) {
     std::vector<Importer::TelegramChat> chats;
     try {
-        simdjson::dom::document document;
-        chats = Importer::telegram(parseAndRelease(document, json), json.file.sha256);
+        chats = Importer::telegram(json.data.bytes(), json.file.sha256, json.data.readableSlack(),
+                                   &json.data);
     } catch (const EvidenceError& e) {
         return ctx.skip(json.path, std::string("Looks like a Telegram export, but: ") + e.what());
     }

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
+
+#include "model/text.h"
 #include "support/chat_items.h"
 #include "support/evidence_error.h"
 
@@ -176,6 +179,83 @@ TEST(Telegram, ParsesInPlaceWhenTheBufferHasPadding) {
     auto chats =
         telegram(std::string_view(buffer.data(), json.size()), kFile, simdjson::SIMDJSON_PADDING);
     EXPECT_EQ(chats, telegram(json, kFile));
+}
+
+// The export is read in one pass without a tree; whatever it holds, the
+// result (or the refusal) must be the tree's.
+TEST(Telegram, TheOnePassReadingEqualsTheTree) {
+    auto both = [](const std::string& json) {
+        auto reading = [](auto read) {
+            try {
+                std::string shown;
+                for (const auto& chat : read()) {
+                    shown += chat.name + " #" + std::to_string(chat.placeInList) + "\n";
+                    for (const auto& line : itemLines(chat.items))
+                        shown += line + "\n";
+                }
+                return shown;
+            } catch (const EvidenceError& e) {
+                return std::string(e.what());
+            }
+        };
+        std::string streamed = reading([&] { return telegram(json, kFile); });
+        std::string tree = reading([&] {
+            simdjson::dom::document doc;
+            return telegram(parseJson(doc, json), kFile);
+        });
+        EXPECT_EQ(streamed, tree) << json;
+    };
+    const std::string message = R"({"type": "message", "date": "2025-05-03T20:00:00", "from": "S",
+                                     "text": "a"})";
+    const std::string layouts[] = {
+        kSingleChat,
+        R"({"messages": [)" + message + R"(], "name": "after the messages"})",
+        R"({"name": 7, "name": "second name", "messages": [)" + message + "]}",
+        R"({"messages": 3, "messages": [)" + message + "]}",
+        R"({"chats": {"list": [{"messages": [)" + message + R"(]}]}, "messages": [)" + message +
+            "]}",
+        R"({"messages": [)" + message + R"(], "chats": {"list": [{"messages": []}]}})",
+        R"({"chats": {"list": [], "list": [{"messages": [)" + message + "]}]}}",
+        R"({"chats": {"list": [{"messages": {"a": 1}, "name": "x"}]}})",
+        R"({"chats": [], "chats": {"list": []}})",
+        R"({"messages": [)" + message + "]} trailing",
+        R"({"messages": [{"type": "message", "type": "service", "date": "2025-05-03T20:00:00",
+            "date": "x", "text": ["a", {"text": 5, "text": "b"}, {"text": "c"}], "text": "d",
+            "from": null, "from": "late"}]})",
+        R"({"messages": [{"type": "service", "action": "phone_call", "duration_seconds": "9",
+            "duration_seconds": 4, "date": "2025-05-03T20:00:00", "actor": "Kim"}]})",
+        "\xEF\xBB\xBF" + std::string(kSingleChat),
+        R"({"messages": [)" + message + ", \"\xC3\"]}",
+    };
+    for (const auto& json : layouts)
+        both(json);
+
+    // Random messages: fields in any order, repeated, of the wrong type.
+    std::mt19937 random(7);
+    // One key and one value per line of each list.
+    const auto keys = textLines(
+        "type\ndate\nfrom\ntext\nphoto\nfile\nmime_type\nmedia_type\naction\nactor\n"
+        "duration_seconds\ndiscard_reason");
+    const auto values = textLines(
+        "\"message\"\n\"service\"\n\"2025-05-03T20:00:00\"\n\"phone_call\"\n\"image/jpeg\"\n"
+        "\"missed\"\n\"x.jpg\"\n12\nnull\n[\"a\", {\"text\": \"b\"}]\n{\"text\": \"c\"}\n[]");
+    for (int round = 0; round < 200; ++round) {
+        std::string messages;
+        for (int m = 0; m < 6; ++m) {
+            // Mostly readable messages, so that the rest varies what is read.
+            messages += random() % 2 ? R"({"type": "message", "date": "2025-05-03T20:00:00")"
+                                     : R"({"date": "2025-05-03T20:00:00", "type": "service",
+                                          "action": "phone_call")";
+            for (int f = 0, n = static_cast<int>(random() % 9); f < n; ++f)
+                messages += ", \"" + std::string(keys[random() % keys.size()]) +
+                            "\": " + std::string(values[random() % values.size()]);
+            messages += "}";
+            if (m < 5) messages += ", ";
+        }
+        both(round % 2
+                 ? withMessages(messages)
+                 : R"({"chats": {"list": [{"name": "a", "messages": [)" + messages + "]}, 5]}}");
+    }
 }
 
 TEST(IsTelegram, RecognisesBothExportShapes) {
