@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
@@ -108,8 +109,16 @@ constexpr std::array<const char*, 7> kWeekdays = {"Sunday",   "Monday", "Tuesday
 
 void appendNumber(std::string& out, long long value, int width) {
     char digits[24];
-    int n = std::snprintf(digits, sizeof digits, "%0*lld", width, value);
-    out.append(digits, static_cast<size_t>(n));
+    if (value < 0) {
+        int n = std::snprintf(digits, sizeof digits, "%0*lld", width, value);
+        out.append(digits, static_cast<size_t>(n));
+        return;
+    }
+    // Called for every date of a large chat: without printf's parsing.
+    auto end = std::to_chars(digits, digits + sizeof digits, value).ptr;
+    auto length = static_cast<int>(end - digits);
+    if (length < width) out.append(static_cast<size_t>(width - length), '0');
+    out.append(digits, end);
 }
 
 // A name in ICU's widths: 1-3 letters abbreviated, 4 whole, 5 the first

@@ -34,6 +34,10 @@ TEST(ScanJson, WrittenItemsEqualTheLibrarysTree) {
     cases.push_back({"plain", item(725846400, "hi")});
     cases.push_back({"escapes", item(1.5, "a\"b\\c\b\f\n\r\t\x01\x1f\x7f end")});
     cases.push_back({"non-ASCII", item(-3.25, "café 😀 日本 \u2028")});
+    cases.push_back({"escapes among long plain runs",
+                     item(2,
+                          "a plain run of text before a \"quote\", then\ta tab; another run "
+                          "of plain words, a backslash \\ and a bell\x07 at the end")});
     cases.push_back({"negative zero", item(-0.0, "")});
     cases.push_back({"fraction", item(123456789.123, "x")});
     cases.push_back({"large", item(1e15, "x")});
