@@ -12,6 +12,7 @@
 #include <sstream>
 #include <thread>
 
+#include "cli/cli.h"
 #include "cli/json_output.h"
 #include "example/example_folder.h"
 #include "model/parallel.h"
@@ -296,8 +297,9 @@ std::string scanJson(const std::string& folder, unsigned threads) {
     return out.str();
 }
 
-// The same folder gives the same bytes however many threads read it.
-TEST(Scan, OneThreadAndManyReadAFolderTheSame) {
+// The same folder gives the same bytes, scanned and exported, however many
+// threads read it.
+TEST(Scan, OneThreadAndManyReadAndExportAFolderTheSame) {
     testing::TempFolder temp;
     std::string folder = temp.path() + "/materials";
     ExampleFolder::write(folder);
@@ -312,6 +314,17 @@ TEST(Scan, OneThreadAndManyReadAFolderTheSame) {
     std::string one = scanJson(folder, 1);
     EXPECT_EQ(scanJson(folder, 2), one);
     EXPECT_EQ(scanJson(folder, 7), one);
+    // And so does the PDF made from it.
+    testing::ScopedHome home;
+    auto exported = [&](unsigned threads) {
+        Parallel::setThreads(threads);
+        std::string target = temp.path() + "/out.pdf";
+        std::ostringstream out, err;
+        EXPECT_EQ(cli::run({"export", folder, "-o", target}, out, err), 0) << err.str();
+        Parallel::setThreads(0);
+        return testing::readFile(target);
+    };
+    EXPECT_EQ(exported(7), exported(1));
 
     // The whole reading, seen from one place: every message, its line number
     // counted over the whole file, and the trouble named at its own line.
