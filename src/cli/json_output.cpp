@@ -177,8 +177,10 @@ void appendOptional(std::string& out, const std::optional<std::string>& v) {
 void appendItem(std::string& out, const Evidence& item, int depth) {
     const std::string in(static_cast<size_t>(depth + 1) * 2, ' ');
     const EvidenceDetails& details = item.details();
+    bool first = true;
     auto key = [&](const char* name) {
-        out += '\n';
+        out += first ? "\n" : ",\n";
+        first = false;
         out += in;
         out += '"';
         out += name;
@@ -187,55 +189,42 @@ void appendItem(std::string& out, const Evidence& item, int depth) {
     out += '{';
     key("id");
     appendString(out, item.id());
-    out += ',';
     key("kind");
     appendString(out, rawValue(item.kind));
-    out += ',';
     key("date");
     appendNumber(out, item.date);
-    out += ',';
     key("dateText");
     appendString(out, Calendar::format(item.date, "yyyy-MM-dd HH:mm:ss"));
-    out += ',';
     key("dateIsEstimated");
-    out += item.dateIsEstimated ? "true," : "false,";
+    out += item.dateIsEstimated ? "true" : "false";
     key("sender");
     appendString(out, item.sender);
-    out += ',';
     key("text");
     appendString(out, item.text);
-    out += ',';
     key("fileID");
     appendString(out, item.fileID.str());
-    out += ',';
     key("position");
     appendNumber(out, item.position);
-    out += ',';
     key("imageURL");
     appendOptional(out, details.imageURL);
-    out += ',';
     key("attachmentName");
     appendOptional(out, details.attachmentName);
-    out += ',';
     key("attachmentID");
     appendOptional(out, details.attachmentID);
-    out += ',';
     key("textBoxes");
     if (details.textBoxes.empty()) {
-        out += "[],";
+        out += "[]";
     } else {
         Json boxes = toJson(item)["textBoxes"];
         std::ostringstream nested;
         writeNested(nested, boxes, depth + 1);
         out += nested.str();
-        out += ',';
     }
     key("duration");
     if (details.duration)
         appendNumber(out, *details.duration);
     else
         out += "null";
-    out += ',';
     key("heading");
     appendString(out, details.heading);
     out += '\n';
