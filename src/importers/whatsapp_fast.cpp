@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdint>
+#include <cstring>
 #include <vector>
 
 #include "importers/dates.h"
@@ -111,6 +113,14 @@ bool timestampPart(Cursor& c) {
     }
     c.i = before;
     return !c.unsure;
+}
+
+// Whether any of eight bytes is below 0x0E or above 0x7F.
+bool mayEndALine(const char* eight) {
+    constexpr uint64_t ones = 0x0101010101010101, highs = 0x8080808080808080;
+    uint64_t w;
+    std::memcpy(&w, eight, 8);
+    return (w & highs) != 0 || ((w - ones * 0x0E) & ~w & highs) != 0;
 }
 
 bool isLineTerminatorAt(std::string_view s, size_t i) {
@@ -255,6 +265,12 @@ OrderClues orderClues(std::string_view text) {
     // texts holding those are left to it.
     bool hasCarriageReturn = false;
     for (size_t i = 0; i < text.size(); ++i) {
+        // Eight bytes at a time while none is a control character below
+        // 0x0E or a byte of a multi-byte character: most chats are mostly
+        // ASCII.
+        while (i + 8 <= text.size() && !mayEndALine(text.data() + i))
+            i += 8;
+        if (i == text.size()) break;
         auto b = static_cast<unsigned char>(text[i]);
         if ((b < 0x0E || b >= 0xC2) && isLineTerminatorAt(text, i)) {
             if (b != '\r') return {true};
