@@ -3,7 +3,6 @@
 #include <charconv>
 #include <cmath>
 #include <cstring>
-#include <sstream>
 
 #include "model/calendar.h"
 #include "model/parallel.h"
@@ -16,14 +15,19 @@ template <typename T>
 Json optional(const std::optional<T>& v) {
     return v ? Json(*v) : Json(nullptr);
 }
+
+Json boxesJson(const std::vector<TextBox>& textBoxes) {
+    Json boxes = Json::array();
+    for (const auto& b : textBoxes)
+        boxes.push_back(Json{
+            {"text", b.text}, {"x", b.x}, {"y", b.y}, {"width", b.width}, {"height", b.height}});
+    return boxes;
+}
+
 }  // namespace
 
 Json toJson(const Evidence& item) {
     const EvidenceDetails& details = item.details();
-    Json boxes = Json::array();
-    for (const auto& b : details.textBoxes)
-        boxes.push_back(Json{
-            {"text", b.text}, {"x", b.x}, {"y", b.y}, {"width", b.width}, {"height", b.height}});
     Json j = Json::object();
     j["id"] = item.id();
     j["kind"] = rawValue(item.kind);
@@ -37,7 +41,7 @@ Json toJson(const Evidence& item) {
     j["imageURL"] = optional(details.imageURL);
     j["attachmentName"] = optional(details.attachmentName);
     j["attachmentID"] = optional(details.attachmentID);
-    j["textBoxes"] = std::move(boxes);
+    j["textBoxes"] = boxesJson(details.textBoxes);
     j["duration"] = optional(details.duration);
     j["heading"] = details.heading;
     return j;
@@ -71,20 +75,20 @@ Json skippedJson(const ScanResult& scan) {
     return skipped;
 }
 
-// `value` as dump(2) writes it nested `depth` levels deep. Written in one
-// piece: a million items written a character at a time took seconds.
-void writeNested(std::ostream& out, const Json& value, int depth) {
+// `value` as dump(2) writes it nested `depth` levels deep, in one piece: a
+// million items written a character at a time took seconds.
+std::string nested(const Json& value, int depth) {
     std::string text = value.dump(2);
     std::string lineStart = "\n" + std::string(static_cast<size_t>(depth) * 2, ' ');
-    std::string nested;
-    nested.reserve(text.size() + text.size() / 8);
+    std::string out;
+    out.reserve(text.size() + text.size() / 8);
     size_t start = 0;
     for (size_t end; (end = text.find('\n', start)) != std::string::npos; start = end + 1) {
-        nested.append(text, start, end - start);
-        nested += lineStart;
+        out.append(text, start, end - start);
+        out += lineStart;
     }
-    nested.append(text, start);
-    out.write(nested.data(), static_cast<std::streamsize>(nested.size()));
+    out.append(text, start);
+    return out;
 }
 
 // The items are written directly, as dump(2) would write their trees: building
@@ -173,7 +177,7 @@ void appendOptional(std::string& out, const std::optional<std::string>& v) {
         out += "null";
 }
 
-// One item as writeNested(toJson(item), depth) writes it.
+// One item as nested(toJson(item), depth) writes it.
 void appendItem(std::string& out, const Evidence& item, int depth) {
     const std::string in(static_cast<size_t>(depth + 1) * 2, ' ');
     const EvidenceDetails& details = item.details();
@@ -215,10 +219,7 @@ void appendItem(std::string& out, const Evidence& item, int depth) {
     if (details.textBoxes.empty()) {
         out += "[]";
     } else {
-        Json boxes = toJson(item)["textBoxes"];
-        std::ostringstream nested;
-        writeNested(nested, boxes, depth + 1);
-        out += nested.str();
+        out += nested(boxesJson(details.textBoxes), depth + 1);
     }
     key("duration");
     if (details.duration)
@@ -262,7 +263,7 @@ void writeJson(std::ostream& out, const ScanResult& scan) {
         Json head = sourceHead(source);
         for (const auto& [key, value] : head.items()) {
             out << "\n      " << Json(key).dump() << ": ";
-            writeNested(out, value, 3);
+            out << nested(value, 3);
             out << ",";
         }
         out << "\n      \"items\": [";
@@ -288,7 +289,7 @@ void writeJson(std::ostream& out, const ScanResult& scan) {
         out << (source.items.empty() ? "]" : "\n      ]") << "\n    }";
     }
     out << (scan.sources.empty() ? "]" : "\n  ]") << ",\n  \"skipped\": ";
-    writeNested(out, skippedJson(scan), 1);
+    out << nested(skippedJson(scan), 1);
     out << "\n}\n";
 }
 

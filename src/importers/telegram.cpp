@@ -1,5 +1,6 @@
 #include "importers/telegram.h"
 
+#include <algorithm>
 #include <array>
 
 #include "importers/dates.h"
@@ -34,38 +35,55 @@ std::optional<Instant> messageDate(std::string_view s) {
     return date(s, DateOrder::dayFirst);
 }
 
-Evidence item(ItemKind kind, Instant when, const SharedText& fileID, int64_t position) {
+// What a message object says: each key's first value, strings only where a
+// string is expected. Both readings fill it, and one function makes the item.
+struct MessageFields {
+    using Text = std::optional<std::string_view>;
+    Text date, type, from, photo, file, mimeType, mediaType, action, actor, discardReason;
+    std::optional<double> duration;
+    std::string text;
+};
+
+constexpr std::array<std::pair<std::string_view, MessageFields::Text MessageFields::*>, 10>
+    kStringKeys = {{{"date", &MessageFields::date},
+                    {"type", &MessageFields::type},
+                    {"from", &MessageFields::from},
+                    {"photo", &MessageFields::photo},
+                    {"file", &MessageFields::file},
+                    {"mime_type", &MessageFields::mimeType},
+                    {"media_type", &MessageFields::mediaType},
+                    {"action", &MessageFields::action},
+                    {"actor", &MessageFields::actor},
+                    {"discard_reason", &MessageFields::discardReason}}};
+
+// The message or call the fields make, none for anything else.
+std::optional<Evidence> itemOf(MessageFields& f, const SharedText& fileID, int64_t position) {
+    if (!f.date) return std::nullopt;
+    auto when = messageDate(*f.date);
+    if (!when) return std::nullopt;
     Evidence e;
-    e.kind = kind;
-    e.date = when;
+    e.date = *when;
     e.fileID = fileID;
     e.position = position;
-    return e;
-}
-
-Evidence message(JsonObject m, Instant when, const SharedText& fileID, int64_t position) {
-    Evidence e = item(ItemKind::message, when, fileID, position);
-    e.sender = stringMember(m, "from").value_or("");
-    e.text = telegramText(member(m, "text"));
-    if (auto photo = stringMember(m, "photo")) {
-        e.detailsForWriting().attachmentName = std::string(*photo);
-    } else if (auto file = stringMember(m, "file");
-               file && stringMember(m, "mime_type") == "image/jpeg") {
-        e.detailsForWriting().attachmentName = std::string(*file);
+    if (f.type == "message") {
+        e.sender = f.from.value_or("");
+        e.text = std::move(f.text);
+        if (f.photo)
+            e.detailsForWriting().attachmentName = std::string(*f.photo);
+        else if (f.file && f.mimeType == "image/jpeg")
+            e.detailsForWriting().attachmentName = std::string(*f.file);
+        if (e.text.empty() && !e.details().attachmentName && f.mediaType)
+            e.text = "[" + replaceAll(*f.mediaType, "_", " ") + "]";
+        return e;
     }
-    if (e.text.empty() && !e.details().attachmentName)
-        if (auto media = stringMember(m, "media_type"))
-            e.text = "[" + replaceAll(*media, "_", " ") + "]";
-    return e;
-}
-
-Evidence call(JsonObject m, Instant when, const SharedText& fileID, int64_t position) {
-    Evidence e = item(ItemKind::call, when, fileID, position);
-    e.sender = stringMember(m, "actor").value_or("");
-    if (auto seconds = numberMember(m, "duration_seconds"))
-        e.detailsForWriting().duration = *seconds;
-    e.text = stringMember(m, "discard_reason") == "missed" ? "Missed call" : "Call";
-    return e;
+    if (f.type == "service" && f.action == "phone_call") {
+        e.kind = ItemKind::call;
+        e.sender = f.actor.value_or("");
+        if (f.duration) e.detailsForWriting().duration = *f.duration;
+        e.text = f.discardReason == "missed" ? "Missed call" : "Call";
+        return e;
+    }
+    return std::nullopt;
 }
 
 // `position` counts on from the chats before this one: an item's id is its
@@ -79,15 +97,12 @@ std::vector<Evidence> chatItems(JsonObject chat, const SharedText& fileID, int64
         ++position;  // every element counts, skipped ones too
         JsonObject m;
         if (element.get_object().get(m)) continue;
-        auto written = stringMember(m, "date");
-        if (!written) continue;
-        auto when = messageDate(*written);
-        if (!when) continue;
-        auto type = stringMember(m, "type");
-        if (type == "message")
-            items.push_back(message(m, *when, fileID, position));
-        else if (type == "service" && stringMember(m, "action") == "phone_call")
-            items.push_back(call(m, *when, fileID, position));
+        MessageFields f;
+        for (auto [key, field] : kStringKeys)
+            f.*field = stringMember(m, key);
+        f.duration = numberMember(m, "duration_seconds");
+        f.text = telegramText(member(m, "text"));
+        if (auto e = itemOf(f, fileID, position)) items.push_back(std::move(*e));
     }
     return items;
 }
@@ -102,38 +117,22 @@ namespace streamed {
 
 namespace od = simdjson::ondemand;
 
-// A key's value when it is a string; only the first of a repeated key counts.
-struct FirstString {
-    bool seen = false;
-    std::optional<std::string_view> value;
-};
-
-struct Fields {
-    FirstString date, type, from, photo, file, mimeType, mediaType, action, actor, discardReason;
-    bool hasDuration = false, hasText = false;
-    std::optional<double> duration;
-    std::string text;
-};
-
-simdjson::error_code stringOf(od::value v, FirstString& out) {
-    if (out.seen) return simdjson::SUCCESS;
-    out.seen = true;
+// A string value, none for another type; an error otherwise.
+simdjson::error_code stringOf(od::value v, std::optional<std::string_view>& out) {
     std::string_view text;
     auto error = v.get_string().get(text);
     if (error == simdjson::INCORRECT_TYPE) return simdjson::SUCCESS;
-    if (!error) out.value = text;
+    if (!error) out = text;
     return error;
 }
 
-simdjson::error_code textOf(od::value v, Fields& f) {
-    if (f.hasText) return simdjson::SUCCESS;
-    f.hasText = true;
+simdjson::error_code textOf(od::value v, std::string& out) {
     od::json_type type;
     if (auto error = v.type().get(type)) return error;
     if (type == od::json_type::string) {
         std::string_view text;
         if (auto error = v.get_string().get(text)) return error;
-        f.text = text;
+        out = text;
         return simdjson::SUCCESS;
     }
     if (type != od::json_type::array) return simdjson::SUCCESS;
@@ -146,56 +145,49 @@ simdjson::error_code textOf(od::value v, Fields& f) {
         if (type == od::json_type::string) {
             std::string_view text;
             if (auto error = p.get_string().get(text)) return error;
-            f.text += text;
+            out += text;
         } else if (type == od::json_type::object) {
             od::object entity;
             if (auto error = p.get_object().get(entity)) return error;
-            FirstString text;
+            std::optional<std::string_view> text;
+            bool seen = false;
             for (auto field : entity) {
                 std::string_view key;
                 if (auto error = field.unescaped_key().get(key)) return error;
                 od::value value;
                 if (auto error = field.value().get(value)) return error;
-                if (key == "text")
+                if (key == "text" && !seen) {
+                    seen = true;
                     if (auto error = stringOf(value, text)) return error;
+                }
             }
-            if (text.value) f.text += *text.value;
+            if (text) out += *text;
         }
     }
     return simdjson::SUCCESS;
 }
 
-simdjson::error_code fieldsOf(od::object m, Fields& f) {
+simdjson::error_code fieldsOf(od::object m, MessageFields& f) {
+    // Only the first of a repeated key counts, as in the tree.
+    std::array<bool, kStringKeys.size()> seen{};
+    bool seenText = false, seenDuration = false;
     for (auto field : m) {
         std::string_view key;
         if (auto error = field.unescaped_key().get(key)) return error;
         od::value v;
         if (auto error = field.value().get(v)) return error;
         simdjson::error_code error = simdjson::SUCCESS;
-        if (key == "date")
-            error = stringOf(v, f.date);
-        else if (key == "type")
-            error = stringOf(v, f.type);
-        else if (key == "from")
-            error = stringOf(v, f.from);
-        else if (key == "text")
-            error = textOf(v, f);
-        else if (key == "photo")
-            error = stringOf(v, f.photo);
-        else if (key == "file")
-            error = stringOf(v, f.file);
-        else if (key == "mime_type")
-            error = stringOf(v, f.mimeType);
-        else if (key == "media_type")
-            error = stringOf(v, f.mediaType);
-        else if (key == "action")
-            error = stringOf(v, f.action);
-        else if (key == "actor")
-            error = stringOf(v, f.actor);
-        else if (key == "discard_reason")
-            error = stringOf(v, f.discardReason);
-        else if (key == "duration_seconds" && !f.hasDuration) {
-            f.hasDuration = true;
+        auto known = std::find_if(kStringKeys.begin(), kStringKeys.end(),
+                                  [&](const auto& k) { return k.first == key; });
+        if (known != kStringKeys.end()) {
+            auto i = static_cast<size_t>(known - kStringKeys.begin());
+            if (!seen[i]) error = stringOf(v, f.*(known->second));
+            seen[i] = true;
+        } else if (key == "text" && !seenText) {
+            seenText = true;
+            error = textOf(v, f.text);
+        } else if (key == "duration_seconds" && !seenDuration) {
+            seenDuration = true;
             double seconds;
             error = v.get_double().get(seconds);
             if (error == simdjson::INCORRECT_TYPE)
@@ -238,35 +230,16 @@ simdjson::error_code messagesOf(od::value value, const SharedText& fileID, int64
         if (type != od::json_type::object) continue;
         od::object m;
         if (auto error = v.get_object().get(m)) return error;
-        Fields f;
+        MessageFields f;
         if (auto error = fieldsOf(m, f)) return error;
-        if (!f.date.value) continue;
-        auto when = messageDate(*f.date.value);
-        if (!when) continue;
-        if (f.type.value == "message") {
-            Evidence e = item(ItemKind::message, *when, fileID, position);
-            e.sender = f.from.value.value_or("");
-            e.text = std::move(f.text);
-            if (f.photo.value)
-                e.detailsForWriting().attachmentName = std::string(*f.photo.value);
-            else if (f.file.value && f.mimeType.value == "image/jpeg")
-                e.detailsForWriting().attachmentName = std::string(*f.file.value);
-            if (e.text.empty() && !e.details().attachmentName && f.mediaType.value)
-                e.text = "[" + replaceAll(*f.mediaType.value, "_", " ") + "]";
-            items.push_back(std::move(e));
-        } else if (f.type.value == "service" && f.action.value == "phone_call") {
-            Evidence e = item(ItemKind::call, *when, fileID, position);
-            e.sender = f.actor.value.value_or("");
-            if (f.duration) e.detailsForWriting().duration = *f.duration;
-            e.text = f.discardReason.value == "missed" ? "Missed call" : "Call";
-            items.push_back(std::move(e));
-        }
+        if (auto e = itemOf(f, fileID, position)) items.push_back(std::move(*e));
     }
     return simdjson::SUCCESS;
 }
 
 struct Chat {
-    FirstString name;
+    std::optional<std::string_view> name;
+    bool seenName = false;
     std::vector<Evidence> items;
     bool hasMessages = false;
 };
@@ -279,7 +252,8 @@ simdjson::error_code chatOf(od::object chat, const SharedText& fileID, int64_t& 
         if (auto error = field.unescaped_key().get(key)) return error;
         od::value v;
         if (auto error = field.value().get(v)) return error;
-        if (key == "name") {
+        if (key == "name" && !out.seenName) {
+            out.seenName = true;
             if (auto error = stringOf(v, out.name)) return error;
         } else if (key == "messages" && !out.hasMessages) {
             od::json_type type;
@@ -312,7 +286,8 @@ std::optional<std::vector<TelegramChat>> read(std::string_view data, const std::
     int64_t position = 0;
     std::vector<TelegramChat> result;
     bool single = false, sawMessages = false, account = false, sawChats = false;
-    FirstString topName;
+    std::optional<std::string_view> topName;
+    bool seenTopName = false;
     std::vector<Evidence> topItems;
     for (auto field : top) {
         std::string_view key;
@@ -329,7 +304,8 @@ std::optional<std::vector<TelegramChat>> read(std::string_view data, const std::
             if (account) return std::nullopt;
             single = true;
             if (messagesOf(v, sharedID, position, topItems, release)) return std::nullopt;
-        } else if (key == "name") {
+        } else if (key == "name" && !seenTopName) {
+            seenTopName = true;
             if (stringOf(v, topName)) return std::nullopt;
         } else if (key == "chats" && !sawChats && !single) {
             sawChats = true;
@@ -359,9 +335,8 @@ std::optional<std::vector<TelegramChat>> read(std::string_view data, const std::
                         chatOf(chatObject, sharedID, position, chat, release))
                         return std::nullopt;
                     if (chat.items.empty()) continue;
-                    result.push_back(
-                        TelegramChat{std::string(chat.name.value.value_or("Telegram chat")),
-                                     std::move(chat.items), place});
+                    result.push_back(TelegramChat{std::string(chat.name.value_or("Telegram chat")),
+                                                  std::move(chat.items), place});
                 }
                 if (place == 0) return std::nullopt;  // the tree says there are no chats
             }
@@ -374,7 +349,7 @@ std::optional<std::vector<TelegramChat>> read(std::string_view data, const std::
     if (single) {
         result.clear();
         if (!topItems.empty())
-            result.push_back(TelegramChat{std::string(topName.value.value_or("Telegram chat")),
+            result.push_back(TelegramChat{std::string(topName.value_or("Telegram chat")),
                                           std::move(topItems), 0});
     } else if (!account) {
         return std::nullopt;  // not a Telegram layout: the tree says so

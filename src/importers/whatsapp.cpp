@@ -214,28 +214,14 @@ Stretch parseStretch(std::string_view text, const SharedText& fileID, DateOrder 
 // loses its continuation lines to the next piece. Below a megabyte one
 // piece is quicker than starting threads.
 std::vector<size_t> cutPoints(std::string_view text) {
-    constexpr size_t kSmallestPiece = 1 << 20;
-    size_t pieces = std::min<size_t>(Parallel::threads(), text.size() / kSmallestPiece);
-    std::vector<size_t> cuts{0};
     std::string cleaned, stamp, rest;
-    for (size_t k = 1; k < pieces; ++k) {
-        size_t at = text.find('\n', std::max(k * text.size() / pieces, cuts.back()));
-        while (at != std::string_view::npos) {
-            ++at;
-            size_t end = std::min(text.find('\n', at), text.size());
-            std::string_view line = text.substr(at, end - at);
-            if (hasInvisibleMarks(line)) {
-                cleaned = withoutInvisibleMarks(line);
-                line = cleaned;
-            }
-            if (messageLine(line, stamp, rest)) break;
-            at = text.find('\n', at);
+    return Parallel::lineCuts(text, [&](std::string_view line) {
+        if (hasInvisibleMarks(line)) {
+            cleaned = withoutInvisibleMarks(line);
+            line = cleaned;
         }
-        if (at == std::string_view::npos || at >= text.size()) break;
-        cuts.push_back(at);
-    }
-    cuts.push_back(text.size());
-    return cuts;
+        return messageLine(line, stamp, rest).has_value();
+    });
 }
 
 // A large chat is read in pieces on every core and joined in order; the

@@ -315,15 +315,7 @@ OrderClues orderClues(std::string_view text) {
 std::optional<std::optional<DateOrder>> detectOrder(std::string_view text) {
     // Lines are independent, so a large chat is looked at in pieces cut
     // after a line break, on every core.
-    constexpr size_t kSmallestPiece = 1 << 20;
-    size_t count = std::clamp<size_t>(text.size() / kSmallestPiece, 1, Parallel::threads());
-    std::vector<size_t> cuts{0};
-    for (size_t k = 1; k < count; ++k) {
-        size_t at = text.find('\n', std::max(k * text.size() / count, cuts.back()));
-        if (at == std::string_view::npos) break;
-        cuts.push_back(at + 1);
-    }
-    cuts.push_back(text.size());
+    std::vector<size_t> cuts = Parallel::lineCuts(text);
     std::vector<OrderClues> pieces(cuts.size() - 1);
     Parallel::forEach(pieces.size(), [&](size_t k) {
         pieces[k] = orderClues(text.substr(cuts[k], cuts[k + 1] - cuts[k]));

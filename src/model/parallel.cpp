@@ -57,4 +57,23 @@ void forEach(size_t count, const std::function<void(size_t)>& work) {
         if (e) std::rethrow_exception(e);
 }
 
+std::vector<size_t> lineCuts(std::string_view text,
+                             const std::function<bool(std::string_view line)>& startsPiece) {
+    constexpr size_t kSmallestPiece = 1 << 20;
+    size_t pieces = std::min<size_t>(threads(), text.size() / kSmallestPiece);
+    std::vector<size_t> cuts{0};
+    for (size_t k = 1; k < pieces; ++k) {
+        size_t at = text.find('\n', std::max(k * text.size() / pieces, cuts.back()));
+        while (at != std::string_view::npos && ++at < text.size()) {
+            size_t end = std::min(text.find('\n', at), text.size());
+            if (!startsPiece || startsPiece(text.substr(at, end - at))) break;
+            at = end == text.size() ? std::string_view::npos : end;
+        }
+        if (at == std::string_view::npos || at >= text.size()) break;
+        cuts.push_back(at);
+    }
+    cuts.push_back(text.size());
+    return cuts;
+}
+
 }  // namespace kinfolio::Parallel

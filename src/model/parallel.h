@@ -2,6 +2,8 @@
 
 #include <cstddef>
 #include <functional>
+#include <string_view>
+#include <vector>
 
 // Work spread over the machine's cores. Results never depend on how many
 // threads ran: each piece of work writes only its own slot, and callers join
@@ -18,5 +20,11 @@ void setThreads(unsigned count);
 // calling one among them, and returns when all are done. An exception is
 // rethrown after every piece has finished: the one of the lowest i.
 void forEach(size_t count, const std::function<void(size_t)>& work);
+
+// Where to cut a text of lines into about one piece per thread, none under a
+// megabyte: 0, the starts of the lines where pieces begin, and the text's
+// size. A line that `startsPiece` refuses moves the cut on to the next line.
+std::vector<size_t> lineCuts(std::string_view text,
+                             const std::function<bool(std::string_view line)>& startsPiece = {});
 
 }  // namespace kinfolio::Parallel
