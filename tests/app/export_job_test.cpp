@@ -19,39 +19,6 @@
 namespace kinfolio {
 namespace {
 
-TEST(ExportJobTest, NamesLimitsAndMessages) {
-    struct Name {
-        const char *title, *applicant, *base;
-    };
-    for (const Name& n :
-         {Name{"Visa/2025", "", "Visa-2025"}, Name{"Evidence", "Sam Lee", "Evidence - Sam Lee"},
-          Name{"", "Sam/Lee", "Sam-Lee"}, Name{"", "", "Relationship evidence"},
-          Name{"a//b", "c/", "a--b - c-"}}) {
-        Settings settings;
-        settings.title = n.title;
-        settings.applicant = n.applicant;
-        EXPECT_EQ(ExportJob::baseName(settings), n.base) << n.title << "|" << n.applicant;
-    }
-    EXPECT_EQ(ExportJob::partName("Evidence", 1, 3), "Evidence - Part 1 of 3.pdf");
-    EXPECT_EQ(ExportJob::partName("Visa-2025", 10, 12), "Visa-2025 - Part 10 of 12.pdf");
-    // Decimal megabytes, as the upload forms count them; 0 or less is no limit.
-    for (auto [mb, bytes] : {std::pair<int, int64_t>{10, 10'000'000},
-                             {1, 1'000'000},
-                             {0, 0},
-                             {-5, 0},
-                             {2'147'483'647, int64_t{2'147'483'647} * 1'000'000}}) {
-        Settings settings;
-        settings.maxFileMB = mb;
-        EXPECT_EQ(ExportJob::byteLimit(settings), bytes) << mb;
-    }
-    EXPECT_EQ(ExportJob::splitMessage(3, 10),
-              "The PDF is split into 3 files of at most 10 MB each. Page numbers continue from "
-              "one file to the next.");
-    EXPECT_EQ(ExportJob::oversizeMessage(25),
-              "One page is larger than 25 MB on its own, so its file is over the limit. Use "
-              "fewer or smaller photos on that page.");
-}
-
 TEST(ExportJobTest, PartsAreWrittenAtTheTargetOrNamedAfterIt) {
     struct Case {
         const char* name;
@@ -134,71 +101,6 @@ TEST(ExportJobTest, AChineseChatSplitsIntoPartsUnderTheLimitNumberedOn) {
         }
     }
     EXPECT_EQ(page, result.pageCount);
-}
-
-// However an export fails, the files already at the target keep their bytes
-// and nothing is left beside them; a successful one replaces the file whole.
-TEST(ExportJobTest, AFailedExportChangesNothingAndASuccessfulOneReplacesTheFile) {
-    testing::ScopedHome home;
-    testing::TempFolder dir;
-    std::string target = dir.path() + "/Evidence.pdf";
-    dir.write("Evidence.pdf", "the document of last week");
-    dir.write("Evidence - Part 1 of 3.pdf", "a part of last week");
-    AppServices services = testing::fakeServices(std::make_shared<testing::FakeLog>());
-    ScanResult scan = services.scan("materials", DateOrder::dayFirst, "UTC", {});
-    std::string large(256 * 1024, 'x');
-    std::string noSpace = ". Free some space on that disk, or save somewhere else.";
-
-    struct Failure {
-        const char* name;
-        std::function<void(AppServices&, Settings&)> set;
-        std::string reason;
-    };
-    const std::vector<Failure> failures = {
-        {"the drawing fails",
-         [](AppServices& s, Settings&) {
-             s.make = [](const ExportInput&) -> Output {
-                 throw EvidenceError::invalid("A photo could not be drawn.");
-             };
-         },
-         "A photo could not be drawn."},
-        {"the disk fills up during the write",
-         [&](AppServices& s, Settings&) {
-             s.make = [&](const ExportInput&) { return Output{large, 1}; };
-         },
-         "There is not enough space to save " + target + noSpace},
-        {"the disk fills up at the last part",
-         [&](AppServices& s, Settings& settings) {
-             settings.maxFileMB = 1;
-             s.split = [&](const ExportInput&, const std::string&, int64_t) {
-                 return std::vector<std::string>{"%PDF-1", "%PDF-2", large};
-             };
-         },
-         "There is not enough space to save " + dir.path() + "/Evidence - Part 3 of 3.pdf" +
-             noSpace},
-    };
-    auto files = [&] {  // every file in the folder with its bytes
-        std::map<std::string, std::string> found;
-        for (const auto& e : std::filesystem::directory_iterator(dir.path()))
-            found[e.path().filename()] = testing::readFile(e.path());
-        return found;
-    };
-    const auto before = files();
-    for (const auto& failure : failures) {
-        AppServices s = services;
-        Settings settings = Settings::defaults();
-        failure.set(s, settings);
-        testing::FileSizeLimit full(64 * 1024);
-        EXPECT_EQ(testing::errorOf([&] { ExportJob::run(s, scan, settings, target); }),
-                  failure.reason)
-            << failure.name;
-        EXPECT_EQ(files(), before) << failure.name;
-    }
-
-    services.make = AppServices::standard().make;
-    ExportJob::run(services, scan, Settings::defaults(), target);
-    EXPECT_TRUE(testing::qpdfCheckPasses(testing::readFile(target)));
-    EXPECT_EQ(files().size(), 2u);
 }
 
 }  // namespace

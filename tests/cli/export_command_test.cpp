@@ -30,48 +30,6 @@ protected:
     testing::TempFolder materials, output;
 };
 
-TEST_F(ExportCommand, WritesTheProposedFileIntoTheGivenFolder) {
-    auto r = runCli({"export", materials.path(), "-o", output.path(), "--set", "title=Visa/2025",
-                     "--set", "applicant=Sam Lee", "--set", "messagesPerMonth=0"});
-    ASSERT_EQ(r.status, 0) << r.err;
-    std::string file = output.path() + "/Visa-2025 - Sam Lee.pdf";
-    auto pdf = testing::readPDF(readFile(file));
-    std::string pages = std::to_string(pdf.pages.size());
-    EXPECT_EQ(r.out, "Wrote " + file + "\n" + pages + " pages.\n");
-    EXPECT_NE(pdf.allFlat().find("Message number 12"), std::string::npos);
-    EXPECT_NE(pdf.flat(0).find("Page 1 of " + pages), std::string::npos);
-    // The appendix lists the chat file's fingerprint.
-    std::string sha = Scanner::sha256Hex(readFile(materials.path() + "/Sam/_chat.txt"));
-    EXPECT_NE(pdf.allFlat().find(sha), std::string::npos);
-}
-
-// On a terminal the command says how far it has got; the file is the same.
-// Hidden words never reach the PDF.
-TEST_F(ExportCommand, ReportsProgressOnlyToATerminalAndHidesWords) {
-    std::string shown = output.path() + "/shown.pdf", quiet = output.path() + "/quiet.pdf";
-    std::vector<std::string> args = {"export", materials.path(),     "--set", "hiddenText=sam",
-                                     "--set",  "messagesPerMonth=0", "-o"};
-    args.push_back(shown);
-    auto r = runCli(args, /*showProgress=*/true);
-    ASSERT_EQ(r.status, 0) << r.err;
-    auto pdf = testing::readPDF(readFile(shown));
-    std::string pages = std::to_string(pdf.pages.size());
-    EXPECT_NE(r.err.find("Reading files: 1 of 1\n"), std::string::npos) << r.err;
-    EXPECT_NE(r.err.find("Making the PDF of 12 items…\n"), std::string::npos) << r.err;
-    EXPECT_TRUE(r.err.ends_with("Drawing pages: " + pages + " of " + pages + "\n")) << r.err;
-    args.back() = quiet;
-    auto q = runCli(args);
-    ASSERT_EQ(q.status, 0) << q.err;
-    EXPECT_EQ(q.err, "");
-    EXPECT_EQ(readFile(quiet), readFile(shown));
-
-    std::string text = pdf.allFlat();
-    for (auto& c : text)
-        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    EXPECT_EQ(text.find("sam"), std::string::npos);
-    EXPECT_NE(text.find("[redacted]"), std::string::npos);
-}
-
 TEST_F(ExportCommand, RefusalsEndInAMessageAndWriteNothing) {
     fs::path cwd = fs::current_path();
     testing::TempFolder gone;

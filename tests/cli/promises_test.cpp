@@ -103,42 +103,6 @@ std::string run(const std::vector<std::string>& args, const std::string& log, bo
     return ending(status);
 }
 
-// The example folder written, scanned and saved as a PDF outside it, each
-// under the filter: none opens an internet socket, and the scan and the
-// export leave every file and folder of the example as it was. The first row
-// proves the filter would catch a program that does.
-TEST(Promises, NoInternetSocketAndTheMaterialsStayAsTheyWere) {
-    testing::ScopedHome home;
-    testing::TempFolder work;
-    std::string materials = work.path() + "/materials", log = work.path() + "/log.txt";
-    std::string openSocket = "exec 3<>/dev/tcp/127.0.0.1/9";
-    if (run({"/bin/bash", "-c", "exit 0"}, log) == "exit " + std::to_string(kNoFilter))
-        GTEST_SKIP() << "This system does not let a process install a seccomp filter, or its "
-                        "architecture is not one the filter knows.";
-
-    struct Step {
-        const char* name;
-        std::vector<std::string> args;
-        std::string ending;
-    };
-    const std::vector<Step> steps = {
-        {"a program that opens a socket",
-         {"/bin/bash", "-c", openSocket},
-         "killed: Bad system call"},
-        {"example", {kProgram, "example", materials}, "exit 0"},
-        {"scan", {kProgram, "scan", materials}, "exit 0"},
-        {"export", {kProgram, "export", materials, "-o", work.path()}, "exit 0"},
-    };
-    std::string before;
-    for (const auto& step : steps) {
-        EXPECT_EQ(run(step.args, log), step.ending) << step.name << "\n" << testing::readFile(log);
-        if (step.args[1] == "example") before = testing::folderFingerprint(materials);
-    }
-    EXPECT_EQ(testing::folderFingerprint(materials), before);
-    EXPECT_TRUE(
-        testing::qpdfCheckPasses(testing::readFile(work.path() + "/Relationship evidence.pdf")));
-}
-
 // An export killed while it draws its pages leaves the file of the last
 // export as it was and nothing beside it, and the next export replaces that
 // file whole.

@@ -362,38 +362,5 @@ TEST_F(MainWindowTest, TheWindowStaysResponsiveDuringAScanAndAPreview) {
     EXPECT_LT(longest, kLongestHoldMs);
 }
 
-// Every control can be reached with the keyboard and has a name a screen
-// reader can say.
-TEST_F(MainWindowTest, EveryControlIsNamedAndReachableByKeyboard) {
-    materials.write("WhatsApp Chat with Sam Lee.txt", chat(20, "Sam Lee"));
-    window->openFolder(QString::fromStdString(folder()));
-    ASSERT_TRUE(previewShown());
-    std::vector<QWidget*> controls;
-    for (QWidget* w : window->currentPage()->findChildren<QWidget*>())
-        // The line edit inside a spin box or a combo box is part of it.
-        if (w->isVisibleTo(window.get()) && w->isEnabled() && w->focusPolicy() & Qt::TabFocus &&
-            !qobject_cast<QAbstractSpinBox*>(w->parentWidget()) &&
-            !qobject_cast<QComboBox*>(w->parentWidget()))
-            controls.push_back(w);
-    ASSERT_GT(controls.size(), 15u);
-    for (QWidget* w : controls) {
-        auto* button = qobject_cast<QAbstractButton*>(w);
-        QString name =
-            w->accessibleName().isEmpty() && button ? button->text() : w->accessibleName();
-        EXPECT_FALSE(name.isEmpty()) << w->metaObject()->className();
-    }
-    // Tab visits them all and comes back round.
-    window->activateWindow();
-    window->settings()->title->setFocus();
-    std::set<QWidget*> visited;
-    for (int i = 0; i < 200 && visited.size() < controls.size(); ++i) {
-        visited.insert(QApplication::focusWidget());
-        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
-    }
-    for (QWidget* w : controls)
-        EXPECT_TRUE(visited.count(w))
-            << w->metaObject()->className() << " " << w->accessibleName().toStdString();
-}
-
 }  // namespace
 }  // namespace kinfolio::gui

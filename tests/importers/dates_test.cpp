@@ -78,22 +78,5 @@ TEST(Date, ReadsWrittenTimestampsAsWritten) {
     }
 }
 
-// One deciding line is needed and none may contradict it; only dates at the
-// start of a line count.
-TEST(DetectOrder, NeedsOneDecidingLineAndNoContradiction) {
-    const std::pair<const char*, std::optional<DateOrder>> cases[] = {
-        {"05/01/2025, 09:00 - A: hi\n05/01/2025, 09:01 - B: hey\n", std::nullopt},
-        {"[05/01/2025, 09:00:00] A: hi\n[14/01/2025, 09:00:00] B: x\n", D},
-        {"01/14/2025, 09:00 - A: hi\n", M},
-        {"14/01/2025, 09:00 - A: hi\n01/14/2025, 09:00 - B: hi\n", std::nullopt},
-        {"no dates here", std::nullopt},
-        {"A: see you on 14/01/2025\n", std::nullopt},
-        // Arabic-Indic 14/01/2025: digits of other scripts are counted, not a crash.
-        {"\u0661\u0664/\u0660\u0661/\u0662\u0660\u0662\u0665 09:00 - Sam: Hi\n", D},
-    };
-    for (const auto& [text, order] : cases)
-        EXPECT_EQ(detectOrder(text), order) << text;
-}
-
 }  // namespace
 }  // namespace kinfolio::Importer

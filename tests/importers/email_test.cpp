@@ -9,10 +9,6 @@ namespace {
 
 using namespace Calendar;
 
-std::string written(Instant t) {
-    return format(t, "yyyy-MM-dd HH:mm:ss");
-}
-
 std::string crlf(const std::string& text) {
     std::string out;
     for (char c : text)
@@ -71,31 +67,6 @@ TEST(Emails, CutsAMailboxAtFromLinesAndUndoesOneLevelOfQuoting) {
         EXPECT_EQ(emails(c.text), c.messages) << c.name;
 }
 
-// Continuation lines fold into their header with single spaces; the first
-// occurrence of a name wins, but later continuations still extend it; names
-// are lowercased but not trimmed, and lines that are no header are ignored.
-TEST(SplitHeaders, FoldsAndKeepsTheFirstOccurrence) {
-    struct Case {
-        const char* message;
-        const char* headers;  // "name=value;" in name order
-        const char* body;
-    } cases[] = {
-        {"Subject: Our trip\r\n   to the coast\r\n\tin May\r\nFrom: Sam\r\n\r\nHi\r\n",
-         "from=Sam;subject=Our trip to the coast in May;", "Hi\n"},
-        {"Subject: first\nSubject: second\n  more\nTo:  x@y \n\nbody\n\nmore body",
-         "subject=first more;to=x@y;", "body\n\nmore body"},
-        {" orphan continuation\nX-Tag :v\nno colon here\n more\n", "x-tag =v more;", ""},
-    };
-    for (const Case& c : cases) {
-        auto [headers, body] = splitHeaders(c.message);
-        std::string shown;
-        for (const auto& [name, value] : headers)
-            shown += name + "=" + value + ";";
-        EXPECT_EQ(shown, c.headers) << c.message;
-        EXPECT_EQ(body, c.body) << c.message;
-    }
-}
-
 TEST(DecodeHeader, DecodesUtf8EncodedWordsOnly) {
     const std::pair<const char*, const char*> cases[] = {
         {"=?UTF-8?B?SGVsbG8=?=", "Hello"},
@@ -113,38 +84,6 @@ TEST(DecodeHeader, DecodesUtf8EncodedWordsOnly) {
     };
     for (const auto& [value, decoded] : cases)
         EXPECT_EQ(decodeHeader(value), decoded) << value;
-}
-
-TEST(EmailDate, KeepsTheTimeAsWrittenAndIgnoresTheZone) {
-    const std::pair<const char*, const char*> cases[] = {
-        {"Mon, 6 Jan 2025 9:05 +0100", "2025-01-06 09:05:00"},
-        {"6 January 2025 09:05:07", "2025-01-06 09:05:07"},
-        {"Sun, 29 Dec 2024 23:59:59 GMT", "2024-12-29 23:59:59"},
-        {"2025-01-06", "none"},
-        {"", "none"},
-        {"31 Feb 2025 10:00", "none"},  // no such day
-        {"6 Foo 2025 10:00", "none"},   // no such month
-    };
-    for (const auto& [value, date] : cases) {
-        auto d = emailDate(value);
-        EXPECT_EQ(d ? written(*d) : "none", date) << value;
-    }
-}
-
-TEST(Email, MakesAnItemWithItsHeading) {
-    auto item = email(
-        "From: =?UTF-8?B?U2Ft?= <sam@example.com>\nTo: Alex <alex@example.com>\n"
-        "Subject: Dinner\nDate: Mon, 6 Jan 2025 19:30:00 -0500\n\n  See you at eight.  \n",
-        "abc", 3);
-    ASSERT_TRUE(item);
-    EXPECT_EQ(item->kind, ItemKind::email);
-    EXPECT_EQ(written(item->date), "2025-01-06 19:30:00");
-    EXPECT_FALSE(item->dateIsEstimated);
-    EXPECT_EQ(item->sender, "Sam <sam@example.com>");
-    EXPECT_EQ(item->text, "See you at eight.");
-    EXPECT_EQ(item->id(), "abc:3");
-    EXPECT_EQ(item->details().heading,
-              "From: Sam <sam@example.com>\nTo: Alex <alex@example.com>\nSubject: Dinner");
 }
 
 TEST(Email, HeadingAndTextOfOtherMessages) {

@@ -92,20 +92,5 @@ TEST(KakaoTalk, RefusalsNameTheProblem) {
         EXPECT_EQ(testing::errorOf([&] { kakaoTalk(text, "f"); }), message) << text;
 }
 
-TEST(KakaoTalk, RecognisedByItsTitleOrSavedLineOnly) {
-    const std::pair<std::string, bool> texts[] = {
-        {"KakaoTalk Chats with Sam Lee\n", true},
-        {"\uFEFFSam Lee 님과 카카오톡 대화\r\n", true},
-        {"\n저장한 날짜 : 2023. 3. 10. 오후 2:00\n", true},
-        {"[04/03/2023, 18:12:00] Sam: Hi\n[04/03/2023, 18:13:00] Alex: Hello\n", false},
-        {"[LINE] Chat history with Sam\nSaved on: 2025/07/01 10:00\n", false},
-        {"Notes\nKakaoTalk Chats with Sam Lee was a good trip\n", false},
-    };
-    for (const auto& [text, kakao] : texts)
-        EXPECT_EQ(looksLikeKakaoTalk(text), kakao) << text;
-    EXPECT_TRUE(looksLikeKakaoTalkCsv("\uFEFFDate,User,Message\r\n2023-03-04 18:12:00,Sam,Hi\n"));
-    EXPECT_FALSE(looksLikeKakaoTalkCsv("date,sender,text\n"));
-}
-
 }  // namespace
 }  // namespace kinfolio::Importer

@@ -24,27 +24,6 @@ std::string written(Instant t) {
     return format(t, "yyyy-MM-dd HH:mm");
 }
 
-TEST(LineDay, ReadsTheHeadersOfEachLanguageAndRefusesOtherLines) {
-    const std::pair<const char*, const char*> cases[] = {
-        {"Sat, 2025/06/14", "2025-06-14 00:00"},
-        {"2025/06/14(Sat)", "2025-06-14 00:00"},
-        {"2025.06.14 \u571F\u66DC\u65E5", "2025-06-14 00:00"},
-        {"2025/6/4 \u661F\u671F\u4E09", "2025-06-04 00:00"},
-        {"Saturday 2025-06-14", "2025-06-14 00:00"},
-        // Full-width digits are read, not a crash.
-        {"\uFF12\uFF10\uFF12\uFF15/\uFF10\uFF16/\uFF11\uFF14", "2025-06-14 00:00"},
-        {"2025/13/01", "none"},
-        {"2025/02/30", "none"},
-        {"09:15\tSam\t2025/06/14", "none"},
-        {"Saved on: 2025/07/01 10:00", "none"},
-        {"", "none"},
-    };
-    for (const auto& [text, day] : cases) {
-        auto d = lineDay(text);
-        EXPECT_EQ(d ? written(*d) : "none", day) << text;
-    }
-}
-
 // An item as the export tables list it: the time as written, who, what, and
 // a call's length.
 std::string shown(const Evidence& e) {
@@ -174,71 +153,6 @@ TEST(Line, ReadsEachLanguageFromThePhoneAndThePC) {
         EXPECT_EQ(chat.title, c.title);
         EXPECT_EQ(items, c.items);
     }
-}
-
-TEST(Line, RecognisesEachAppsFirstLineButNotOtherChatsOrMail) {
-    struct Case {
-        const char* text;
-        bool line;
-    } cases[] = {
-        {"[LINE] Sam Leeとのトーク履歴\n", true},
-        {"2023/03/04（土）\n", true},
-        {"2023.3.4 토요일\n", true},
-        {"2023.3.4 วันพฤหัสบดี\n", true},
-        {"04/03/2023, 09:07 - Sam Lee: Hi\n04/03/2023, 09:08 - Alex: Hi\n", false},
-        {"From: Sam <sam@example.com>\nDate: 4 Mar 2023 09:05\n", false},
-    };
-    for (const Case& c : cases)
-        EXPECT_EQ(looksLikeLine(c.text), c.line) << c.text;
-}
-
-TEST(Line, ReadsTheSampleExport) {
-    LineChat chat = line(kSample, "abc");
-    EXPECT_EQ(chat.title, "Sam Lee");
-    ASSERT_EQ(chat.items.size(), 3u);
-
-    const Evidence& first = chat.items[0];
-    EXPECT_EQ(first.kind, ItemKind::message);
-    EXPECT_EQ(first.position, 5);
-    EXPECT_EQ(first.sender, "Sam Lee");
-    EXPECT_EQ(first.text, "Good morning! Flight is on time.");
-    EXPECT_EQ(written(first.date), "2025-06-14 09:15");
-    EXPECT_EQ(first.fileID, "abc");
-    EXPECT_FALSE(first.dateIsEstimated);
-    EXPECT_FALSE(first.details().duration);
-
-    const Evidence& second = chat.items[1];
-    EXPECT_EQ(second.position, 6);
-    EXPECT_EQ(second.text, "See you at gate 3.\nI'll bring coffee.");
-    EXPECT_EQ(written(second.date), "2025-06-14 09:20");
-
-    const Evidence& call = chat.items[2];
-    EXPECT_EQ(call.kind, ItemKind::call);
-    EXPECT_EQ(call.position, 8);
-    EXPECT_EQ(call.sender, "Alex Morgan");
-    EXPECT_EQ(call.text, "Call");
-    EXPECT_EQ(call.details().duration, 2710.0);
-    EXPECT_EQ(written(call.date), "2025-06-14 21:00");
-}
-
-TEST(Line, WindowsLineBreaksAndByteOrderMarkReadTheSame) {
-    std::string crlf;
-    for (char c : kSample)
-        crlf += c == '\n' ? std::string("\r\n") : std::string(1, c);
-    EXPECT_EQ(line("\uFEFF" + crlf, "abc").items, line(kSample, "abc").items);
-}
-
-TEST(Line, RefusalsNameTheProblem) {
-    const std::pair<std::string, std::string> cases[] = {
-        {"Sat, 2025/06/14\n09:00\tSam\tHi\n25:00\tSam\tHi\n", "Could not read the time on line 3."},
-        {"Sat, 2025/06/14\n09:00\tSam\tHi\n13:00 PM\tSam\tHi\n",
-         "Could not read the time on line 3."},
-        {"", "No LINE messages found."},
-        {"[LINE] Chat history with Sam\nSaved on: 2025/07/01 10:00\n", "No LINE messages found."},
-        {"[LINE] Chat history with Sam\n09:00\tSam\tNo day yet\n", "No LINE messages found."},
-    };
-    for (const auto& [text, message] : cases)
-        EXPECT_EQ(testing::errorOf([&] { line(text, "f"); }), message) << text;
 }
 
 }  // namespace

@@ -22,23 +22,6 @@ MetaChat read(const std::string& messages, const char* zone = "UTC",
                 kFile, *z);
 }
 
-// Meta stores instants; each becomes the wall-clock time of the chosen zone,
-// daylight saving included.
-TEST(Meta, InstantsBecomeTheWallClockOfTheZone) {
-    const char* summer = R"({"sender_name": "Sam Lee", "timestamp_ms": 1749049200000,
-                             "content": "Landed!"})";
-    const char* winter = R"({"sender_name": "Sam", "timestamp_ms": 1736953200000})";
-    const std::tuple<const char*, const char*, const char*> cases[] = {
-        {summer, "Europe/London", "1 2025-06-04 16:00:00 Sam Lee: Landed!"},
-        {winter, "Europe/London", "1 2025-01-15 15:00:00 Sam: "},
-        {winter, "Asia/Kolkata", "1 2025-01-15 20:30:00 Sam: "},
-        {winter, "America/New_York", "1 2025-01-15 10:00:00 Sam: "},
-    };
-    for (const auto& [message, zone, item] : cases)
-        EXPECT_EQ(itemLines(read(message, zone).items), std::vector<std::string>{item}) << zone;
-    EXPECT_EQ(read(summer).items.at(0).fileID, kFile);
-}
-
 TEST(Meta, EachKindOfMessageBecomesItsItem) {
     struct Case {
         const char* name;
@@ -83,14 +66,6 @@ TEST(Meta, EachKindOfMessageBecomesItsItem) {
     };
     for (const Case& c : cases)
         EXPECT_EQ(itemLines(read(c.messages).items), c.items) << c.name;
-}
-
-TEST(Meta, WithoutTitleTheChatIsNamedAfterItsParticipants) {
-    auto chat = read(R"({"sender_name": "Sam", "timestamp_ms": 1})", "UTC", "");
-    EXPECT_EQ(chat.title, "Sam Lee & Alex Morgan");
-    EXPECT_EQ(chat.participants, (std::vector<std::string>{"Sam Lee", "Alex Morgan"}));
-    EXPECT_EQ(read(R"({"timestamp_ms": 1})", "UTC", R"("title": "Bar\u00c3\u00a7a",)").title,
-              "Bar\u00e7a");
 }
 
 TEST(FixMeta, RepairsOnlyTextThatNeedsIt) {

@@ -40,20 +40,6 @@ std::string errorOf(const std::string& json) {
     return testing::errorOf([&] { telegram(json, kFile); });
 }
 
-TEST(Telegram, SingleChatGivesMessagesAndCallInOrder) {
-    auto chats = telegram(kSingleChat, kFile);
-    ASSERT_EQ(chats.size(), 1u);
-    EXPECT_EQ(chats[0].name, "Sam Lee");
-    EXPECT_EQ(chats[0].placeInList, 0);
-    EXPECT_EQ(chats[0].items[3].fileID, kFile);
-    EXPECT_EQ(itemLines(chats[0].items),
-              (std::vector<std::string>{
-                  "1 2025-05-03 20:00:00 Sam Lee: Did you land safely?",
-                  "2 2025-05-03 20:05:00 Alex Morgan: Just landed!",
-                  "3 2025-05-03 20:07:00 Sam Lee: Bring the blue scarf, it's cold here.",
-                  "4 2025-05-04 21:00:00 Alex Morgan: Call (call, 1520 s)"}));
-}
-
 TEST(Telegram, EachKindOfMessageBecomesItsItem) {
     struct Case {
         const char* name;
@@ -107,35 +93,6 @@ TEST(Telegram, EachKindOfMessageBecomesItsItem) {
     }
 }
 
-TEST(Telegram, TextOfOtherTypesIsEmpty) {
-    simdjson::dom::document doc;
-    EXPECT_EQ(telegramText(std::nullopt), "");
-    EXPECT_EQ(telegramText(parseJson(doc, "12")), "");
-    EXPECT_EQ(telegramText(parseJson(doc, R"("caf\u00e9")")), "caf\u00e9");
-}
-
-// Positions count on through the chats, so file and position name one message.
-TEST(Telegram, WholeAccountDropsEmptyChatsAndKeepsTheirPlaces) {
-    auto chats = telegram(R"({"about": "x", "chats": {"about": "y", "list": [
-        {"name": "Sam Lee", "type": "personal_chat", "messages": [
-            {"type": "message", "date": "2025-05-03T20:00:00", "from": "Sam", "text": "a"}]},
-        {"name": "Empty", "type": "personal_chat", "messages": []},
-        {"type": "private_group", "messages": [
-            {"type": "message", "date": "2025-06-03T20:00:00", "from": "Kim", "text": "b"},
-            {"type": "message", "date": "2025-06-03T20:01:00", "from": "Sam", "text": "c"}]}
-    ]}})",
-                          kFile);
-    ASSERT_EQ(chats.size(), 2u);
-    EXPECT_EQ(chats[0].name, "Sam Lee");
-    EXPECT_EQ(chats[0].placeInList, 1);
-    EXPECT_EQ(chats[1].name, "Telegram chat");
-    EXPECT_EQ(chats[1].placeInList, 3);
-    EXPECT_EQ(itemLines(chats[0].items), std::vector<std::string>{"1 2025-05-03 20:00:00 Sam: a"});
-    EXPECT_EQ(
-        itemLines(chats[1].items),
-        (std::vector<std::string>{"2 2025-06-03 20:00:00 Kim: b", "3 2025-06-03 20:01:00 Sam: c"}));
-}
-
 TEST(Telegram, RefusalsSayWhatIsWrong) {
     const std::pair<std::string, std::string> cases[] = {
         {"[1, 2]", "Not a Telegram export."},
@@ -171,14 +128,6 @@ TEST(Telegram, DamagedJsonGivesAPlainSentence) {
     // Cut right after a closing bracket: the brackets no longer pair up.
     EXPECT_EQ(errorOf(whole.substr(0, whole.find("},") + 1)),
               "The JSON text is damaged: its brackets, commas or quote marks are out of place.");
-}
-
-TEST(Telegram, ParsesInPlaceWhenTheBufferHasPadding) {
-    std::string json = kSingleChat;
-    std::string buffer = json + std::string(simdjson::SIMDJSON_PADDING, '\0');
-    auto chats =
-        telegram(std::string_view(buffer.data(), json.size()), kFile, simdjson::SIMDJSON_PADDING);
-    EXPECT_EQ(chats, telegram(json, kFile));
 }
 
 // The export is read in one pass without a tree; whatever it holds, the
@@ -256,23 +205,6 @@ TEST(Telegram, TheOnePassReadingEqualsTheTree) {
                  ? withMessages(messages)
                  : R"({"chats": {"list": [{"name": "a", "messages": [)" + messages + "]}, 5]}}");
     }
-}
-
-TEST(IsTelegram, RecognisesBothExportShapes) {
-    EXPECT_TRUE(isTelegram(kSingleChat));
-    EXPECT_TRUE(isTelegram(R"({"about": "x", "chats": {"list": []}})"));
-    EXPECT_FALSE(isTelegram(R"({"type":"personal_chat", "messages": []})"));
-    EXPECT_FALSE(isTelegram(R"({"participants": [], "messages": []})"));
-}
-
-TEST(IsTelegram, PrefixCutInsideACharacterIsRefused) {
-    // "é" is two bytes; put its first byte at index 1999.
-    std::string json = R"({"type": "personal_chat", "messages": [], "name": ")";
-    json += std::string(1999 - json.size(), 'a') + "\u00e9\"}";
-    ASSERT_EQ(static_cast<unsigned char>(json[1999]), 0xC3);
-    EXPECT_FALSE(isTelegram(json));
-    json.insert(0, " ");
-    EXPECT_TRUE(isTelegram(json));
 }
 
 }  // namespace

@@ -160,35 +160,5 @@ TEST(FindDates, ReadsTheDatesOfDocumentLines) {
         EXPECT_EQ(findsIn(c.line, c.order), c.finds) << c.line;
 }
 
-// Every start is read a bounded number of bytes, so a megabyte of digits and
-// separators comes back at once; the shorter runs take each longer path
-// (a range's dash, a weekday) at every word.
-TEST(FindDates, HostileTextFindsNothingAndReturns) {
-    struct Run {
-        std::string_view unit;
-        size_t bytes;
-    } runs[] = {{"1/", 1u << 20},
-                {"9", 1u << 20},
-                {"12-", 1u << 17},
-                {"12 April - ", 1u << 17},
-                {"Sat ", 1u << 17}};
-    for (const Run& r : runs) {
-        std::string text;
-        while (text.size() < r.bytes)
-            text += r.unit;
-        EXPECT_TRUE(findDates(text, DateOrder::automatic).empty()) << r.unit;
-    }
-}
-
-TEST(FindDates, FindsEveryDateOfALongText) {
-    std::string text;
-    for (int i = 0; i < 20000; ++i)
-        text += "paid 1/2/2025, ";
-    auto found = findDates(text, DateOrder::dayFirst);
-    ASSERT_EQ(found.size(), 20000u);
-    EXPECT_EQ(text.substr(found.back().begin, found.back().length), "1/2/2025");
-    EXPECT_EQ(Calendar::format(found.back().date, "yyyy-MM-dd"), "2025-02-01");
-}
-
 }  // namespace
 }  // namespace kinfolio::Importer

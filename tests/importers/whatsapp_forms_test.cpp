@@ -11,15 +11,6 @@ namespace {
 
 using testing::itemLines;
 
-TEST(WhatsAppForms, EachExampleIsReadByItsOwnRow) {
-    const auto& forms = whatsappForms();
-    for (size_t i = 0; i < forms.size(); ++i) {
-        auto row = formOf(forms[i].example, DateOrder::dayFirst);
-        if (!row) row = formOf(forms[i].example, DateOrder::monthFirst);
-        EXPECT_EQ(row, i) << forms[i].name << ": " << forms[i].example;
-    }
-}
-
 constexpr auto D = DateOrder::dayFirst;
 constexpr auto M = DateOrder::monthFirst;
 

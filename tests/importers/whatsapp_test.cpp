@@ -81,18 +81,6 @@ TEST(WhatsApp, RefusalsNameTheLine) {
         EXPECT_EQ(testing::errorOf([&] { whatsapp(text, "f", order); }), message) << text;
 }
 
-TEST(WhatsApp, NormalisesOnlyExactDottedMarkers) {
-    EXPECT_EQ(normaliseTimestamp("5/1/25, 9:04 P.M."), "5/1/25 9:04 PM");
-    EXPECT_EQ(normaliseTimestamp("5/1/25, 9:04 a.m."), "5/1/25 9:04 AM");
-    EXPECT_EQ(normaliseTimestamp("5/1/25, 9:04 p. m."), "5/1/25 9:04 p. m.");
-}
-
-TEST(WhatsApp, RecognisesChatsByTheirFirstLines) {
-    EXPECT_TRUE(looksLikeWhatsApp("[05/01/2025, 09:00:00] Sam: hi\n[05/01/2025, 09:01:00] A: b\n"));
-    EXPECT_TRUE(looksLikeWhatsApp("5/1/25, 9:04 PM - Sam: only one\n"));
-    EXPECT_FALSE(looksLikeWhatsApp("Dear Sam,\nhow are you\n5/1/25, 9:04 PM - Sam: hi\nbye\n"));
-}
-
 // A line of tens of megabytes (a pasted file, a hostile export) is one
 // message like any other.
 TEST(WhatsApp, AVeryLongLineIsOneMessage) {
@@ -102,35 +90,6 @@ TEST(WhatsApp, AVeryLongLineIsOneMessage) {
     ASSERT_EQ(r.items.size(), 2u);
     EXPECT_EQ(r.items[0].text.size(), 30'000'000u);
     EXPECT_EQ(r.items[1].text, "short\n" + std::string(30'000'000, 'y'));
-}
-
-TEST(WhatsApp, ItemsOfOneChatShareTheirFileID) {
-    auto r = whatsapp("[05/01/2025, 09:00:00] Alex: hi\n[05/01/2025, 09:01:00] Sam: hello\n",
-                      std::string(64, 'a'), DateOrder::dayFirst);
-    ASSERT_EQ(r.items.size(), 2u);
-    EXPECT_EQ(r.items[1].fileID, std::string(64, 'a'));
-    EXPECT_EQ(&r.items[0].fileID.str(), &r.items[1].fileID.str());
-}
-
-TEST(WhatsApp, ReleasingReadPagesOfAMappedChatChangesNoItem) {
-    // Several megabytes, so pages are released mid-chat, with messages over
-    // several lines crossing the released boundaries.
-    std::string text;
-    for (int i = 0; text.size() < 3'500'000; ++i) {
-        text += "[05/01/2025, 09:" + std::to_string(10 + i % 50) + ":00] " +
-                (i % 2 ? "Sam Lee" : "Alex Morgan") + ": message " + std::to_string(i);
-        if (i % 7 == 0) text += "\nand a second line\n\nafter an empty one";
-        text += "\n";
-    }
-    testing::TempFolder dir;
-    auto mapped = MappedFile::open(dir.write("_chat.txt", text));
-    ASSERT_TRUE(mapped);
-    auto released = whatsapp(mapped->bytes(), "f", DateOrder::dayFirst, &*mapped);
-    auto plain = whatsapp(text, "f", DateOrder::dayFirst);
-    ASSERT_GT(plain.items.size(), 40000u);
-    EXPECT_TRUE(released.items == plain.items);
-    EXPECT_EQ(released.notes, plain.notes);
-    EXPECT_EQ(mapped->bytes(), text);
 }
 
 }  // namespace

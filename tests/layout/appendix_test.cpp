@@ -63,44 +63,5 @@ TEST(Appendix, DefaultsGiveTheExactNotesOnANewPage) {
          "Source 1 \u00b7 chat.txt", "999 bytes"});
 }
 
-// Estimated dates, changes by hand, a hidden word in a file name and an
-// attachment: each is counted or listed; the fingerprint of a file whose name
-// is hidden stays, and a file no item refers to is not listed.
-TEST(Appendix, CountsEstimatedDatesManualChangesHiddenWordsAndAttachments) {
-    ExportInput input = oneMessage();
-    input.items[0].dateIsEstimated = true;
-    input.items.push_back(input.items[0]);
-    input.settings.addedItems = {"x:1"};
-    input.settings.excludedItems = {"y:1", "y:2"};
-    input.settings.messagesPerMonth = 0;
-    input.settings.photosPerMonth = 3;
-    input.files[kChat].path = "Chat with Robin.txt";
-    input.settings.hiddenText = "  robin \t\n\n";
-    input.settings.partner = "ROBIN Roe";
-    const std::string photo(64, 'd'), unused(64, 'e');
-    input.files[photo] = {"photo.jpg", photo, 3000};
-    input.files[unused] = {"unused.txt", unused, 10};
-    Evidence attached = message(kChat, 9, input.items[0].date + 60, "Jo", "look");
-    attached.detailsForWriting().attachmentName = "photo.jpg";
-    attached.detailsForWriting().attachmentID = photo;
-    input.items.push_back(attached);
-    auto all = readPDF(PDFExporter::make(input).data).allFlat();
-    expectAll(
-        all,
-        {"2 item(s) have no recorded date and use the date in the file name or the file\u2019s "
-         "own date; they are marked \u201cdate estimated\u201d.",
-         "All messages and calls in the chosen period are included. Photos, screenshots and "
-         "videos: up to 3 evenly spaced per calendar month. The applicant then added 1 and "
-         "removed 2 item(s) by hand.",
-         "date estimated from the file",
-         "1 word(s) or phrase(s) were replaced with [REDACTED] in this file",
-         "Partner / sponsor: [REDACTED] Roe", "SHA-256 " + kChat, "look (file attached)"});
-    EXPECT_LT(all.find("Source 1 \u00b7 Chat with [REDACTED].txt"),
-              all.find("Source 2 \u00b7 photo.jpg"));
-    EXPECT_NE(all.find("Source 2 \u00b7 photo.jpg"), std::string::npos);
-    EXPECT_EQ(all.find("unused.txt"), std::string::npos);
-    EXPECT_EQ(all.find("obin"), std::string::npos);
-}
-
 }  // namespace
 }  // namespace kinfolio

@@ -62,26 +62,6 @@ ExportInput chatInput() {
 const std::vector<std::string> kTitles = {"January 2025", "February 2025", "March 2025",
                                           "How this file was prepared"};
 
-// The page number printed after a contents row's title on the cover.
-int contentsNumber(const std::string& bytes, const std::string& title) {
-    std::string number = testing::textRightOf(bytes, 0, title);
-    number.erase(std::remove(number.begin(), number.end(), ' '), number.end());
-    return number.empty() ? -1 : std::stoi(number);
-}
-
-// The index of the first page that shows `title` as a section heading: on
-// the cover, a second time below its own contents row.
-size_t headingPage(const testing::ReadPDF& pdf, const std::string& title) {
-    const std::string& cover = pdf.pages.at(0);
-    size_t row = cover.find(title, cover.find("Contents\n"));
-    if (row != std::string::npos && cover.find(title, row + title.size()) != std::string::npos)
-        return 0;
-    size_t page = 1;
-    while (page < pdf.pages.size() && pdf.pages[page].find(title) == std::string::npos)
-        ++page;
-    return page;
-}
-
 class MadePDF : public ::testing::Test {
 protected:
     static void SetUpTestSuite() {
@@ -93,21 +73,6 @@ protected:
     const Output* output = &made;
     const testing::ReadPDF* pdf = &read;
 };
-
-TEST_F(MadePDF, PassesQpdfCheckAndItsInformationHoldsOnlyTheCreator) {
-    EXPECT_TRUE(testing::qpdfCheckPasses(output->data));
-    EXPECT_EQ(testing::information(output->data),
-              (std::map<std::string, std::string>{{"/Creator", "Kinfolio"}}));
-}
-
-TEST_F(MadePDF, HasA4PagesAndTheCountItReports) {
-    ASSERT_GE(pdf->pages.size(), 4u);
-    EXPECT_EQ(output->pageCount, static_cast<int>(pdf->pages.size()));
-    for (const auto& [w, h] : pdf->sizes) {
-        EXPECT_DOUBLE_EQ(w, 595);
-        EXPECT_DOUBLE_EQ(h, 842);
-    }
-}
 
 TEST_F(MadePDF, ShowsCoverMessagesCallsEmailAndAppendix) {
     const size_t last = pdf->pages.size() - 1, any = SIZE_MAX;
@@ -143,19 +108,6 @@ TEST_F(MadePDF, ShowsCoverMessagesCallsEmailAndAppendix) {
     }
 }
 
-TEST_F(MadePDF, FrameOnEveryPageAndRunningHeadFromPageTwo) {
-    const size_t n = pdf->pages.size();
-    for (size_t i = 0; i < n; ++i) {
-        std::string label = "Page " + std::to_string(i + 1) + " of " + std::to_string(n);
-        EXPECT_NE(pdf->pages[i].find(label), std::string::npos) << label;
-        EXPECT_NE(pdf->flat(i).find("Selected by the applicant \u00b7 not a complete history"),
-                  std::string::npos);
-        bool head =
-            pdf->pages[i].find("Our story \u00b7 Alex Doe & Jordan Roe") != std::string::npos;
-        EXPECT_EQ(head, i > 0) << "page " << i + 1;
-    }
-}
-
 TEST_F(MadePDF, SameInputGivesTheSameBytesWithOrWithoutProgress) {
     std::vector<std::pair<size_t, size_t>> reports;
     Output again = PDFExporter::make(
@@ -165,81 +117,6 @@ TEST_F(MadePDF, SameInputGivesTheSameBytesWithOrWithoutProgress) {
     ASSERT_EQ(reports.size(), static_cast<size_t>(output->pageCount));
     for (size_t i = 0; i < reports.size(); ++i)
         EXPECT_EQ(reports[i], std::make_pair(i + 1, reports.size()));
-}
-
-// The contents rows, their links and the outline all lead to the page each
-// section really starts on.
-TEST_F(MadePDF, ContentsLinksAndOutlineLeadToTheSections) {
-    std::vector<std::pair<std::string, int>> outline;
-    std::set<int> targets, expected;
-    for (const std::string& title : kTitles) {
-        int page = contentsNumber(output->data, title) - 1;
-        ASSERT_GE(page, 0) << title;
-        EXPECT_EQ(static_cast<int>(headingPage(*pdf, title)), page) << title;
-        outline.emplace_back(title, page);
-        expected.insert(page);
-    }
-    EXPECT_EQ(testing::outline(output->data), outline);
-    for (const auto& link : testing::links(output->data, 0))
-        targets.insert(link.page);
-    EXPECT_EQ(targets, expected);
-}
-
-TEST_F(MadePDF, OwnerBubblesSitRightInTheOutgoingColour) {
-    auto raster = testing::rasterise(output->data, 1, 2);
-    const testing::Box content{100, 152, 1090, 1540};
-    auto outgoing = testing::boxOf(raster, 0xDBEBFF, content);
-    auto incoming = testing::boxOf(raster, 0xEBEBEB, content);
-    ASSERT_FALSE(outgoing.empty());
-    ASSERT_FALSE(incoming.empty());
-    EXPECT_EQ(outgoing.maxX, 1089);
-    EXPECT_GT(outgoing.minX, 300);
-    EXPECT_EQ(incoming.minX, 100);
-    EXPECT_LT(incoming.maxX, 800);
-}
-
-// The timeline goes on below the contents when there is room, as any other
-// block would; the contents row names the page where its section starts.
-TEST(PDFExporter, FirstSectionFollowsTheContentsWhenItFits) {
-    struct Case {
-        const char* name;
-        int months, perMonth;
-        size_t sectionPage;  // index of the page the first section starts on
-    };
-    const Case cases[] = {
-        {"two messages", 1, 2, 0},
-        {"contents longer than the cover page", 45, 1, 1},
-    };
-    for (const auto& c : cases) {
-        ExportInput input;
-        input.files[kChat] = {"chat.txt", kChat, 100};
-        input.conversationCount = 1;
-        for (int m = 0; m < c.months; ++m)
-            for (int i = 0; i < c.perMonth; ++i) {
-                auto n = static_cast<int64_t>(input.items.size()) + 1;
-                Instant date = *Calendar::makeDate(2022 + m / 12, 1 + m % 12, 5, 9 + i);
-                input.items.push_back(
-                    message(kChat, n, date, "Jo", "Message " + std::to_string(n) + "."));
-            }
-        std::string first = Calendar::format(input.items[0].date, "MMMM yyyy");
-        std::string bytes = PDFExporter::make(input).data;
-        auto pdf = readPDF(bytes);
-        size_t page = headingPage(pdf, first);
-        EXPECT_EQ(page, c.sectionPage) << c.name;
-        ASSERT_LT(page, pdf.pages.size()) << c.name;
-        EXPECT_NE(pdf.pages[page].find("Message 1."), std::string::npos) << c.name;
-        EXPECT_EQ(contentsNumber(bytes, first), static_cast<int>(page) + 1) << c.name;
-    }
-}
-
-TEST(PDFExporter, LetterPaperGivesLetterPages) {
-    ExportInput input = chatInput();
-    input.settings.paper = PaperSize::letter;
-    auto pdf = readPDF(PDFExporter::make(input).data);
-    for (const auto& [w, h] : pdf.sizes) {
-        EXPECT_DOUBLE_EQ(w, 612);
-        EXPECT_DOUBLE_EQ(h, 792);
-    }
 }
 
 TEST(PDFExporter, RefusesWithSentencesForTheUser) {

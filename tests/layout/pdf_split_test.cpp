@@ -97,24 +97,6 @@ TEST(PDFSplitTest, PartsKeepPagesLimitCreatorOutlineAndLinks) {
     EXPECT_EQ(PDFExporter::split(whole, limit), parts.bytes) << "splitting is not deterministic";
 }
 
-TEST(PDFSplitTest, OversizedPageStandsAlone) {
-    std::vector<Sample::Page> pages = evenPages(7, 40);
-    pages[3].imageWidth = pages[3].imageHeight = 260;
-    std::string whole = makeExport(pages);
-    int64_t limit = 100'000;
-    ASSERT_GT(int64_t(whole.size()), limit);
-    Parts parts = split(whole, limit);
-    ASSERT_GE(parts.bytes.size(), 3u);
-    int oversized = 0;
-    for (size_t i = 0; i < parts.bytes.size(); ++i) {
-        if (int64_t(parts.bytes[i].size()) <= limit) continue;
-        ++oversized;
-        EXPECT_EQ(parts.begin[i], 3);
-        EXPECT_EQ(parts.read[i].pages.size(), 1u);
-    }
-    EXPECT_EQ(oversized, 1);
-}
-
 TEST(PDFSplitTest, FastSearchMatchesThePlainGreedy) {
     std::vector<std::vector<Sample::Page>> documents = {evenPages(14, 60), {}, {}};
     for (int i = 0; i < 16; ++i)

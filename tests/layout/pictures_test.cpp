@@ -57,43 +57,6 @@ TEST_F(Pictures, AScreenshotLineWithAHiddenWordIsBlackedOutAndTheOtherStaysReada
     EXPECT_EQ(testing::folderFingerprint(materials.path()), before);
 }
 
-TEST_F(Pictures, EmbeddedPhotosCarryNoExifAndABrokenOneCostsOnlyItself) {
-    std::string photo = testing::withExif(testing::encode(testing::noiseImage(640, 480), ".jpg"),
-                                          {{"Exif.Photo.DateTimeOriginal", "2025:04:12 16:00:00"},
-                                           {"Exif.Image.Make", "KinfolioTestCam"},
-                                           {"Exif.GPSInfo.GPSLatitudeRef", "N"},
-                                           {"Exif.GPSInfo.GPSLatitude", "51/1 30/1 0/1"}});
-    ASSERT_NE(photo.find("KinfolioTestCam"), std::string::npos);
-    materials.write("holiday.jpg", photo);
-    // A JPEG cut off in the middle of its pixels.
-    std::string broken = testing::encode(testing::noiseImage(640, 480), ".jpg");
-    materials.write("broken.jpg", broken.substr(0, broken.size() / 2));
-    std::string before = testing::folderFingerprint(materials.path());
-
-    std::string pdf = exportPDF();
-    EXPECT_EQ(imageCount(pdf), 1u);
-    EXPECT_NE(pdf.find("\xFF\xD8\xFF"), std::string::npos) << "the photo is embedded as JPEG";
-    EXPECT_EQ(pdf.find("Exif"), std::string::npos);
-    EXPECT_EQ(pdf.find("KinfolioTestCam"), std::string::npos);
-    EXPECT_EQ(testing::folderFingerprint(materials.path()), before);
-}
-
-TEST_F(Pictures, AChatPhotoIsDrawnUnderItsBubbleAndNotListedAgain) {
-    materials.write("Sam/_chat.txt",
-                    "[05/01/2025, 09:04:00] Sam Lee: <attached: 00000003-PHOTO-2025-01-05.jpg>\n"
-                    "[05/01/2025, 09:05:00] Alex Morgan: Lovely\n");
-    materials.write("Sam/00000003-PHOTO-2025-01-05.jpg",
-                    testing::encode(testing::noiseImage(800, 600), ".jpg"));
-    std::string pdf = exportPDF();
-    auto read = testing::readPDF(pdf);
-    EXPECT_EQ(read.allFlat().find("Photo \u00B7"), std::string::npos) << "not a loose photo";
-    EXPECT_EQ(imageCount(pdf), 1u);
-    // Drawn at most half the text width wide: 800 px over 247.5 pt.
-    for (size_t page = 0; page < read.pages.size(); ++page)
-        for (double ppp : testing::imageResolutions(pdf, static_cast<int>(page)))
-            EXPECT_NEAR(ppp, 800 / std::floor((595.28 - 100) * 0.5), 0.05);
-}
-
 // The window scans first and exports later: a photo deleted in between costs
 // its picture, never the export.
 TEST_F(Pictures, APhotoDeletedAfterTheScanCostsOnlyItsPicture) {

@@ -15,15 +15,6 @@ namespace {
 
 using Importer::redact;
 
-TEST(Redaction, RulesAreTrimmedLinesWithoutEmptyOnes) {
-    EXPECT_EQ(Importer::redactionRules("  Sam \t\n\n\n"), std::vector<std::string>{"Sam"});
-    EXPECT_EQ(Importer::redactionRules("a b\r\nc\rd\u2028e"),
-              (std::vector<std::string>{"a b", "c", "d", "e"}));
-    EXPECT_TRUE(Importer::redactionRules(" \t \n").empty());
-    EXPECT_EQ(Importer::Redactor("  Sam \n\n").ruleCount(), 1u);
-    EXPECT_EQ(Importer::Redactor("\u200B").ruleCount(), 0u);
-}
-
 // Letter case is ignored and a rule matches inside words. A word is the same
 // word whatever Unicode form its bytes take: an accent composed or as a
 // combining mark, full-width or compatibility letters. Only the characters of
@@ -78,27 +69,6 @@ TEST(Redaction, ReplacesEveryFormOfEachRule) {
     };
     for (const auto& c : cases)
         EXPECT_EQ(redact(c.text, c.rules), c.expected) << c.name;
-}
-
-TEST(Redaction, HiddenBoxesAreTheLinesHoldingARule) {
-    ExportInput input;
-    input.settings.hiddenText = " sam \n";
-    Layout layout(input);
-    Evidence shot;
-    shot.kind = ItemKind::screenshot;
-    shot.detailsForWriting().textBoxes = {{"Call Sam at 8", 0.1, 0.5, 0.6, 0.05},
-                                          {"See you soon", 0.1, 0.4, 0.5, 0.05},
-                                          {"SAMSAM", 0.1, 0.3, 0.3, 0.05},
-                                          {"\uff33\uff41\uff4d!", 0.1, 0.2, 0.3, 0.05}};
-    auto boxes = layout.hiddenBoxes(shot);
-    ASSERT_EQ(boxes.size(), 3u);
-    EXPECT_EQ(boxes[0], shot.details().textBoxes[0]);
-    EXPECT_EQ(boxes[1], shot.details().textBoxes[2]);
-    EXPECT_EQ(boxes[2], shot.details().textBoxes[3]);
-
-    ExportInput none;
-    Layout plain(none);
-    EXPECT_TRUE(plain.hiddenBoxes(shot).empty());
 }
 
 enum class Form { nfc, nfd, nfkc, folded };

@@ -5,7 +5,6 @@
 
 #include <glib.h>
 
-#include <exiv2/exiv2.hpp>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -60,16 +59,5 @@ inline std::string encode(const vips::VImage& image, const char* suffix) {
 
 // The bytes with these EXIF tags added; the example's photos are made the same way.
 using ExampleFolder::withExif;
-
-// The EXIF keys exiv2 finds in the bytes.
-inline std::vector<std::string> exifKeys(const std::string& bytes) {
-    auto image = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte*>(bytes.data()),
-                                           static_cast<long>(bytes.size()));
-    image->readMetadata();
-    std::vector<std::string> keys;
-    for (const auto& datum : image->exifData())
-        keys.push_back(datum.key());
-    return keys;
-}
 
 }  // namespace kinfolio::testing

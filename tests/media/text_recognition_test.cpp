@@ -18,15 +18,6 @@ namespace fs = std::filesystem;
 using testing::encode;
 using testing::textImage;
 
-bool containsWord(const std::string& text, const std::string& word) {
-    auto lower = [](std::string s) {
-        std::transform(s.begin(), s.end(), s.begin(),
-                       [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-        return s;
-    };
-    return lower(text).find(lower(word)) != std::string::npos;
-}
-
 // A chat screenshot in miniature: one line near the top, one near the bottom.
 std::string chatShot() {
     return encode(textImage(900, 500, {{"Call Sam at 8", 20}, {"See you soon", 420}}), ".png");
@@ -34,31 +25,6 @@ std::string chatShot() {
 
 std::string fileID(char c) {
     return std::string(64, c);
-}
-
-TEST(TextRecognition, FindsLinesWithBoxesFromTheLowerLeft) {
-    testing::ScopedCacheHome cache;
-    testing::TempFolder folder;
-    std::string path = folder.write("Screenshot.png", chatShot());
-    auto boxes = Scanner::recognizeText(path, fileID('a'));
-    ASSERT_EQ(boxes.size(), 2u);
-    EXPECT_TRUE(containsWord(boxes[0].text, "Call Sam")) << boxes[0].text;
-    EXPECT_TRUE(containsWord(boxes[1].text, "See you soon")) << boxes[1].text;
-    for (const auto& b : boxes) {
-        EXPECT_EQ(b.text.find('\n'), std::string::npos);
-        EXPECT_GE(b.x, 0.0);
-        EXPECT_GE(b.y, 0.0);
-        EXPECT_GT(b.width, 0.0);
-        EXPECT_GT(b.height, 0.0);
-        EXPECT_LE(b.x + b.width, 1.0);
-        EXPECT_LE(b.y + b.height, 1.0);
-    }
-    // The top line sits near y + height = 1, the bottom one near y = 0.
-    EXPECT_GT(boxes[0].y, boxes[1].y);
-    EXPECT_GT(boxes[0].y + boxes[0].height, 0.9);
-    EXPECT_LT(boxes[1].y, 0.1);
-    // Text starts 40 px in from the left of 900.
-    EXPECT_NEAR(boxes[0].x, 40.0 / 900, 0.02);
 }
 
 TEST(TextRecognition, AnswersFromTheProcessThenFromTheDisk) {
@@ -112,28 +78,6 @@ TEST(TextRecognition, WorksWithoutAUsableCacheFolder) {
     std::string blocker = folder.write("not-a-folder", "x");
     ::setenv("XDG_CACHE_HOME", blocker.c_str(), 1);
     EXPECT_EQ(Scanner::recognizeText(path, fileID('f')).size(), 2u);
-}
-
-TEST(TextRecognition, ReportsProgressInOrderAndKeepsJobOrder) {
-    testing::ScopedCacheHome cache;
-    testing::TempFolder folder;
-    const std::vector<std::string> words = {"Apple", "Banana", "Cherry"};
-    std::vector<Scanner::RecognitionJob> jobs;
-    for (size_t i = 0; i < words.size(); ++i) {
-        // The first image is the largest, so it tends to finish last.
-        int width = i == 0 ? 1400 : 500;
-        std::string path = folder.write(
-            words[i] + ".png", encode(textImage(width, 160, {{words[i], 40}}, 48), ".png"));
-        jobs.push_back({path, fileID(static_cast<char>('g' + i)), {}});
-    }
-    std::vector<std::pair<size_t, size_t>> calls;
-    Scanner::recognizeAll(
-        jobs, [&](size_t read, size_t total) { calls.emplace_back(read, total); }, 2);
-    EXPECT_EQ(calls, (std::vector<std::pair<size_t, size_t>>{{1, 3}, {2, 3}, {3, 3}}));
-    for (size_t i = 0; i < jobs.size(); ++i) {
-        ASSERT_EQ(jobs[i].boxes.size(), 1u) << words[i];
-        EXPECT_TRUE(containsWord(jobs[i].boxes[0].text, words[i])) << jobs[i].boxes[0].text;
-    }
 }
 
 // English unless other languages are named plainly; warming up leaves no trace.

@@ -48,36 +48,6 @@ struct FrameTimeCase {
     double shownTime;  // the time of the frame that must be taken
 };
 
-// Every frame is a flat grey that tells its time, so the frame's content
-// shows which one was taken.
-TEST(VideoFrame, IsTheFrameAtHalfTheLengthAndAtMostOneSecondIn) {
-    VideoSpec tenMinutes = clipOf(600);
-    tenMinutes.frameTimes = {0, 0.5, 1.0, 1.5, 2.0, 300, 599.5};
-    VideoSpec oneKeyFrame = clipOf(1.2);
-    oneKeyFrame.keyFrameInterval = 100;
-    VideoSpec endsEarly = clipOf(2);
-    endsEarly.frameTimes = {0, 0.2};
-    VideoSpec seekFar = clipOf(5, 30);
-    seekFar.keyFrameInterval = 0.25;
-    const FrameTimeCase cases[] = {
-        {"a 1.2-second clip at 0.6 s", clipOf(1.2), 0.6},
-        {"a 10-minute clip at 1.0 s", tenMinutes, 1.0},
-        {"frames decoded forward from the only key frame", oneKeyFrame, 0.6},
-        {"key frames every quarter second, seeking past the first", seekFar, 1.0},
-        {"the last frame when the picture stops before the target", endsEarly, 0.2},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        testing::ScopedCacheHome cache;
-        Clip clip(c.spec);
-        auto info = Scanner::videoInfo(clip.bytes, clip.id);
-        ASSERT_TRUE(info && info->frame);
-        EXPECT_NEAR(info->duration, c.spec.duration, 0.05);
-        vips::VImage frame = frameImage(*info);
-        EXPECT_NEAR(greyAt(frame, 32, 24), timeGrey(c.shownTime), 4);
-    }
-}
-
 // The scene is black with a white block over the top-left quarter of each
 // side of the picture as it is shown.
 void markTopLeft(cairo_t* cr, double) {
@@ -130,32 +100,6 @@ TEST(VideoFrame, IsUprightAndFitsTheLargestSide) {
     }
 }
 
-TEST(VideoFrame, LandsInTheCacheAndIsTakenOnlyOnce) {
-    testing::ScopedCacheHome cache;
-    Clip clip(clipOf(1.2));
-    auto first = Scanner::videoInfo(clip.bytes, clip.id);
-    ASSERT_TRUE(first && first->frame);
-    const std::string frames = cache.path() + "/kinfolio/frames";
-    EXPECT_EQ(*first->frame, frames + "/" + clip.id.substr(0, 16) + ".png");
-    EXPECT_EQ(fs::status(frames).permissions() & fs::perms::all, fs::perms::owner_all);
-    std::string before = testing::folderFingerprint(frames);
-
-    // Same path, same file: not written again.
-    auto second = Scanner::videoInfo(clip.bytes, clip.id);
-    ASSERT_TRUE(second);
-    EXPECT_EQ(second->frame, first->frame);
-    EXPECT_EQ(testing::folderFingerprint(frames), before);
-
-    // A frame already kept under the id is used as it is, whatever it shows:
-    // nothing was decoded to make it.
-    std::string kept = testing::encode(testing::solidImage(10, 10), ".png");
-    writeFileAtomically(*first->frame, kept);
-    auto third = Scanner::videoInfo(clip.bytes, clip.id);
-    ASSERT_TRUE(third);
-    EXPECT_EQ(third->frame, first->frame);
-    EXPECT_EQ(testing::readFile(*first->frame), kept);
-}
-
 TEST(VideoFrame, WithoutOneTheVideoIsStillRead) {
     Clip clip(clipOf(1.2));
     // Pictures that cannot be decoded: the stream's data zeroed, its index
@@ -198,37 +142,6 @@ struct RefusalCase {
     const char* name;
     std::function<std::string()> bytes;
 };
-
-TEST(VideoInfo, IsNoneForWhatIsNoVideo) {
-    VideoSpec voice = clipOf(2);
-    voice.audioOnly = true;
-    const RefusalCase cases[] = {
-        {"no bytes", [] { return std::string(); }},
-        {"text", [] { return std::string("Meet at 8, the usual place.\n"); }},
-        {"sound only", [&] { return ExampleFolder::video(voice); }},
-        {"cut off before its index",
-         [] {
-             std::string whole = ExampleFolder::video(clipOf(1.2));
-             return whole.substr(0, whole.size() / 2);
-         }},
-        {"a playlist naming a stream on the network",
-         [] {
-             return std::string(
-                 "#EXTM3U\n#EXT-X-TARGETDURATION:10\n#EXTINF:10,\n"
-                 "http://127.0.0.1:9/clip.ts\n#EXT-X-ENDLIST\n");
-         }},
-        {"a JPEG", [] { return testing::encode(testing::solidImage(64, 48), ".jpg"); }},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        testing::ScopedCacheHome cache;
-        std::string bytes = c.bytes();
-        EXPECT_FALSE(Scanner::videoInfo(bytes, sha256Hex(bytes)));
-        std::error_code ec;
-        EXPECT_TRUE(!fs::exists(cache.path() + "/kinfolio/frames") ||
-                    fs::is_empty(cache.path() + "/kinfolio/frames", ec));
-    }
-}
 
 struct DateCase {
     const char* name;

@@ -61,52 +61,5 @@ TEST(Duration, WritesSecondsMinutesAndHours) {
     EXPECT_TRUE(huge.ends_with(" min")) << huge;
 }
 
-TEST(CommonTimeZones, SortedWithoutDuplicatesAndHoldingTheMachineZone) {
-    const auto& zones = commonTimeZones();
-    EXPECT_TRUE(std::is_sorted(zones.begin(), zones.end()));
-    EXPECT_EQ(std::adjacent_find(zones.begin(), zones.end()), zones.end());
-    EXPECT_NE(std::find(zones.begin(), zones.end(), currentTimeZoneID()), zones.end());
-    EXPECT_NE(std::find(zones.begin(), zones.end(), "Pacific/Auckland"), zones.end());
-    EXPECT_TRUE(zones.size() == 23 || zones.size() == 24);
-}
-
-TEST(Calendar, MakeDateRefusesImpossibleDays) {
-    EXPECT_TRUE(makeDate(2024, 2, 29).has_value());
-    EXPECT_FALSE(makeDate(2025, 2, 29).has_value());
-    EXPECT_FALSE(makeDate(2025, 13, 1).has_value());
-    EXPECT_FALSE(makeDate(2025, 0, 1).has_value());
-    auto t = makeDate(2025, 6, 14, 9, 15, 30);
-    EXPECT_EQ(format(*t, "yyyy-MM-dd HH:mm:ss"), "2025-06-14 09:15:30");
-    EXPECT_EQ(monthKey(*t), "2025-06");
-    EXPECT_EQ(format(startOfDay(*t), "yyyy-MM-dd HH:mm:ss"), "2025-06-14 00:00:00");
-    auto c = civil(*t);
-    EXPECT_EQ((std::array<int, 6>{c.year, c.month, c.day, c.hour, c.minute, c.second}),
-              (std::array<int, 6>{2025, 6, 14, 9, 15, 30}));
-}
-
-TEST(Calendar, InstantsFarOutsideAnyCalendarStayDefined) {
-    for (double t : {1e300, -1e300, HUGE_VAL, std::nan("")}) {
-        auto c = civil(t);
-        EXPECT_TRUE(c.month >= 1 && c.month <= 12) << t;
-        EXPECT_TRUE(c.day >= 1 && c.day <= 31) << t;
-        EXPECT_TRUE(c.hour >= 0 && c.hour <= 23) << t;
-        EXPECT_LT(std::abs(c.year), 40000) << t;
-    }
-}
-
-TEST(Calendar, InstantsBeforeTheReferenceEpochKeepTheirDay) {
-    auto t = makeDate(1999, 12, 31, 23, 59, 59);
-    EXPECT_LT(*t, 0);
-    EXPECT_EQ(monthKey(*t), "1999-12");
-    EXPECT_EQ(format(startOfDay(*t), "yyyy-MM-dd HH:mm:ss"), "1999-12-31 00:00:00");
-}
-
-TEST(CalendarFormat, WritesInTheZeroOffsetZoneWithEnglishNames) {
-    auto t = *makeDate(2025, 1, 5, 21, 4);
-    EXPECT_EQ(format(t, "MMM yyyy"), "Jan 2025");
-    EXPECT_EQ(format(t, "EEEE, MMMM d, yyyy"), "Sunday, January 5, 2025");
-    EXPECT_EQ(format(t, "h:mm a"), "9:04 PM");
-}
-
 }  // namespace
 }  // namespace kinfolio::Calendar

@@ -23,25 +23,6 @@ std::string pattern(size_t size) {
     return bytes;
 }
 
-// Releasing read pages changes no byte; pointers outside the mapping, and
-// files read into memory, are ignored.
-TEST(MappedFile, ReleasedPagesReadTheSameBytesAgain) {
-    testing::TempFolder dir;
-    std::string bytes = pattern(5 * 4096 + 123);
-    auto file = MappedFile::open(dir.write("big.txt", bytes));
-    ASSERT_TRUE(file);
-    const char* start = file->bytes().data();
-    const char* elsewhere = bytes.data() + bytes.size();
-    for (const char* upTo : {elsewhere, start, start + 3 * 4096 + 17, start + file->size()}) {
-        file->releaseBefore(upTo);
-        EXPECT_EQ(file->bytes(), bytes);
-    }
-    auto empty = MappedFile::open(dir.write("empty.txt", ""));
-    ASSERT_TRUE(empty);
-    empty->releaseBefore(empty->bytes().data());
-    EXPECT_EQ(empty->size(), 0u);
-}
-
 // Another program shrinking or rewriting a file while it is read: the bytes
 // past the new end read as zeros instead of a SIGBUS ending the process, and
 // the file says it changed.

@@ -57,28 +57,5 @@ TEST(Parallel, ThreadsComeFromTheEnvironmentWhenItHoldsACount) {
     EXPECT_EQ(Parallel::threads(), cores);
 }
 
-// Pieces start at line starts the caller accepts, and a text too small to
-// share out, or with no acceptable line, stays whole.
-TEST(Parallel, LinesAreCutWhereTheCallerAccepts) {
-    Parallel::setThreads(4);
-    std::string lines;
-    for (int i = 0; lines.size() < (3u << 20); ++i)
-        lines += (i % 5 ? "continued line " : "Message ") + std::to_string(i) + "\n";
-    auto message = [](std::string_view line) { return line.starts_with("Message"); };
-    auto cuts = Parallel::lineCuts(lines, message);
-    ASSERT_EQ(cuts.size(), 4u);  // three pieces of a megabyte or more
-    EXPECT_EQ(cuts.front(), 0u);
-    EXPECT_EQ(cuts.back(), lines.size());
-    for (size_t k = 1; k + 1 < cuts.size(); ++k) {
-        EXPECT_LT(cuts[k - 1], cuts[k]);
-        EXPECT_EQ(lines[cuts[k] - 1], '\n');
-        EXPECT_TRUE(message(std::string_view(lines).substr(cuts[k]))) << cuts[k];
-    }
-    EXPECT_EQ(Parallel::lineCuts(lines.substr(0, 900000)), (std::vector<size_t>{0, 900000}));
-    auto never = [](std::string_view) { return false; };
-    EXPECT_EQ(Parallel::lineCuts(lines, never), (std::vector<size_t>{0, lines.size()}));
-    Parallel::setThreads(0);
-}
-
 }  // namespace
 }  // namespace kinfolio

@@ -9,20 +9,6 @@
 namespace kinfolio {
 namespace {
 
-TEST(Settings, DefaultsAreWhatAFirstStartShows) {
-    Settings s = Settings::defaults();
-    EXPECT_EQ(s.title, "Relationship evidence");
-    EXPECT_EQ(s.messagesPerMonth, 5);
-    EXPECT_EQ(s.photosPerMonth, 0);
-    EXPECT_EQ(s.paper, PaperSize::a4);
-    EXPECT_EQ(s.arrangement, Arrangement::byDate);
-    EXPECT_EQ(s.maxFileMB, 0);
-    EXPECT_EQ(s.dateOrder, DateOrder::automatic);
-    EXPECT_EQ(s.timeZoneID, currentTimeZoneID());
-    EXPECT_FALSE(s.limitDates);
-    EXPECT_NEAR(s.rangeStart, now(), 5);
-}
-
 // This computer's zone is only taken when ICU knows it.
 TEST(Settings, TheComputersZoneIsKnownOrUtc) {
     struct Case {
@@ -33,36 +19,6 @@ TEST(Settings, TheComputersZoneIsKnownOrUtc) {
         testing::ScopedEnvironment tz("TZ", c.tz);
         EXPECT_EQ(currentTimeZoneID(), c.zone) << c.tz;
     }
-}
-
-TEST(Settings, EncodesEveryKeyInFieldOrder) {
-    Json j = encode(Settings::defaults());
-    std::vector<std::string> keys;
-    for (const auto& [k, v] : j.items())
-        keys.push_back(k);
-    EXPECT_EQ(keys, (std::vector<std::string>{
-                        "title", "applicant", "partner", "reference", "ownerName", "limitDates",
-                        "rangeStart", "rangeEnd", "messagesPerMonth", "photosPerMonth",
-                        "hiddenText", "paper", "arrangement", "maxFileMB", "dateOrder",
-                        "timeZoneID", "excludedSources", "excludedItems", "addedItems"}));
-    EXPECT_EQ(j["paper"], "a4");
-    EXPECT_EQ(j["arrangement"], "byDate");
-    EXPECT_TRUE(j["rangeStart"].is_number_float());
-}
-
-TEST(Settings, RoundTripsThroughJson) {
-    Settings s = Settings::defaults();
-    s.applicant = "Sam Lee";
-    s.rangeStart = *Calendar::makeDate(2024, 3, 1);
-    s.paper = PaperSize::letter;
-    s.arrangement = Arrangement::byType;
-    s.dateOrder = DateOrder::monthFirst;
-    s.excludedSources = {"abc", "def#2"};
-    s.addedItems = {"f:3"};
-    s.hiddenText = "Sam\nstreet name";
-    auto back = decode(Json::parse(encode(s).dump()));
-    ASSERT_TRUE(back.has_value());
-    EXPECT_EQ(*back, s);
 }
 
 TEST(Settings, StrictDecodingDiscardsAValueWithAMissingOrMistypedKey) {
@@ -82,18 +38,6 @@ TEST(Settings, StrictDecodingDiscardsAValueWithAMissingOrMistypedKey) {
         EXPECT_FALSE(decode(json).has_value()) << key;
     }
     EXPECT_FALSE(decode(Json::array()).has_value());
-}
-
-TEST(Settings, PartialSettingsApplyOverTheBaseAndNameTheBadKey) {
-    Settings s = applyPartial(Settings::defaults(),
-                              Json::parse(R"({"paper": "letter", "messagesPerMonth": 3})"));
-    EXPECT_EQ(s.paper, PaperSize::letter);
-    EXPECT_EQ(s.messagesPerMonth, 3);
-    EXPECT_EQ(s.title, "Relationship evidence");
-    EXPECT_EQ(testing::errorOf([&] { applyPartial(s, Json::parse(R"({"colour": "blue"})")); }),
-              "There is no setting called \u201ccolour\u201d.");
-    EXPECT_EQ(testing::errorOf([&] { applyPartial(s, Json::parse(R"({"limitDates": "yes"})")); }),
-              "The setting \u201climitDates\u201d must be true or false.");
 }
 
 // A setting given on the command line: the value it stores, or the refusal.

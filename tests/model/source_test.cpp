@@ -15,10 +15,6 @@ Evidence item(ItemKind kind, std::string sender, Instant date) {
     return e;
 }
 
-Instant day(int y, int m, int d) {
-    return *Calendar::makeDate(y, m, d);
-}
-
 TEST(Source, SendersAreDistinctMessageSendersInOrderOfFirstAppearance) {
     Source s;
     s.items = {item(ItemKind::message, "Sam", 1), item(ItemKind::message, "", 2),
@@ -27,29 +23,6 @@ TEST(Source, SendersAreDistinctMessageSendersInOrderOfFirstAppearance) {
     EXPECT_EQ(s.senders(), (std::vector<std::string>{"Sam", "Alex", "sam"}));
     s.items = {item(ItemKind::message, "", 1)};
     EXPECT_TRUE(s.senders().empty());
-}
-
-TEST(Source, DateRangeSummary) {
-    Source s;
-    EXPECT_FALSE(s.dateRange().has_value());
-    EXPECT_EQ(dateRangeSummary(s), "");
-    s.items = {item(ItemKind::message, "A", day(2025, 3, 2)),
-               item(ItemKind::message, "A", day(2025, 1, 9))};
-    EXPECT_EQ(dateRangeSummary(s), " · Jan 2025 – Mar 2025");
-    s.items = {item(ItemKind::message, "A", day(2025, 1, 2)),
-               item(ItemKind::message, "A", day(2025, 1, 30))};
-    EXPECT_EQ(dateRangeSummary(s), " · Jan 2025");
-}
-
-TEST(ScanResult, FilesTakesTheLaterRecordOfTheSameHash) {
-    ScanResult r;
-    Source a, b;
-    a.files = {{"a/photo.jpg", "h1", 10}, {"a/chat.txt", "h2", 20}};
-    b.files = {{"b/photo.jpg", "h1", 10}};
-    r.sources = {a, b};
-    auto files = r.files();
-    ASSERT_EQ(files.size(), 2u);
-    EXPECT_EQ(files["h1"].path, "b/photo.jpg");
 }
 
 TEST(SourceKind, TableAndGroupOrder) {

@@ -12,26 +12,6 @@ const std::string kNote =
     "The dates could be day/month or month/day; day first was assumed. Change Date order if "
     "they look wrong.";
 
-TEST(ChatDateOrder, ChosenOrderElseTheChatsOwnDatesElseDayFirstWithANote) {
-    const struct {
-        const char* text;
-        DateOrder chosen, order;
-        bool note;
-    } cases[] = {
-        {"14/01/2025 09:00", DateOrder::monthFirst, DateOrder::monthFirst, false},
-        {"05/01/2025 09:00\n01/14/2025 10:00\n", DateOrder::automatic, DateOrder::monthFirst,
-         false},
-        {"05/01/2025 09:00\n", DateOrder::automatic, DateOrder::dayFirst, true},
-        {"14/01/2025 09:00\n01/14/2025 09:00\n", DateOrder::automatic, DateOrder::dayFirst, true},
-        {"", DateOrder::automatic, DateOrder::dayFirst, true},
-    };
-    for (const auto& c : cases) {
-        auto reading = chatDateOrder(c.text, c.chosen);
-        EXPECT_EQ(reading.order, c.order) << c.text;
-        EXPECT_EQ(reading.note.value_or(""), c.note ? kNote : "") << c.text;
-    }
-}
-
 struct ChronologyCase {
     const char* name;
     const char* chat;

@@ -59,36 +59,5 @@ TEST(VideoSource, ReadsClipsWithTheirDatesAndSkipsWhatIsNoVideo) {
     }
 }
 
-// On the page: the video's line with its length, then its frame, or a note
-// where no frame could be taken.
-TEST(VideoSource, ExportShowsTheLengthAndTheFrameOrSaysThereIsNone) {
-    testing::ScopedHome home;
-    testing::TempFolder materials, output;
-    materials.write("VID_20250301_120000.mp4", ExampleFolder::video(clipOf(42)));
-    // Pictures zeroed out: the clip opens, but no frame decodes.
-    std::string blank = ExampleFolder::video(clipOf(3));
-    size_t data = blank.find("mdat"), index = blank.find("moov");
-    ASSERT_LT(data, index);
-    std::fill(blank.begin() + static_cast<long>(data) + 4,
-              blank.begin() + static_cast<long>(index) - 4, '\0');
-    materials.write("VID_20250302_120000.mp4", blank);
-
-    std::string target = output.path() + "/out.pdf";
-    std::ostringstream out, err;
-    int status =
-        cli::run({"export", materials.path(), "-o", target, "--set", "photosPerMonth=0"}, out, err);
-    ASSERT_EQ(status, 0) << err.str();
-
-    std::string pdf = testing::readFile(target);
-    auto read = testing::readPDF(pdf);
-    std::string text = read.allFlat();
-    for (const char* line : {"Video, 42 s", "Video, 3 s", "(No preview frame.)"})
-        EXPECT_NE(text.find(line), std::string::npos) << line << " in " << text;
-    size_t images = 0;
-    for (size_t page = 0; page < read.pages.size(); ++page)
-        images += testing::imageResolutions(pdf, static_cast<int>(page)).size();
-    EXPECT_EQ(images, 1u);
-}
-
 }  // namespace
 }  // namespace kinfolio::Scanner

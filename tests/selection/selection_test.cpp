@@ -61,36 +61,6 @@ TEST(InRange, RunsFromMidnightToTheMidnightAfterTheLastDay) {
     }
 }
 
-TEST(Candidates, KeepsSourceOrderAndDropsExcludedSourcesAndOutOfRangeItems) {
-    ScanResult scan = scanOf({
-        source(SourceKind::whatsapp, "chat", dailyMessages("c", 3, 2025, 1, 30)),
-        source(SourceKind::photos, "pics", {item(ItemKind::photo, "p", 0, at(2025, 1, 31))}),
-        source(SourceKind::emails, "mail", {item(ItemKind::email, "m", 0, at(2025, 1, 30))}),
-    });
-    Settings settings;
-    EXPECT_EQ(ids(Selection::candidates(scan, settings)),
-              (std::vector<std::string>{"c:0", "c:1", "c:2", "p:0", "m:0"}));
-    settings.excludedSources = {"pics"};
-    settings.limitDates = true;
-    settings.rangeStart = settings.rangeEnd = at(2025, 1, 31);
-    EXPECT_EQ(ids(Selection::candidates(scan, settings)), (std::vector<std::string>{"c:1"}));
-}
-
-TEST(ChatCount, CountsTheChatsHoldingAnItemOrOneOfItsId) {
-    Instant t = at(2025, 3, 1);
-    ScanResult scan = scanOf({
-        source(SourceKind::whatsapp, "one", {message("a", 0, t), message("a", 1, t)}),
-        source(SourceKind::telegram, "two", {message("b", 0, t)}),
-        source(SourceKind::photos, "pics", {item(ItemKind::photo, "p", 0, t)}),
-    });
-    const auto& sources = scan.sources;
-    EXPECT_EQ(Selection::chatCount(scan, {&sources[0].items[1], &sources[1].items[0]}), 2);
-    // A copy counts through its id; a photo group is no chat.
-    std::vector<Evidence> copies = {message("a", 0, t), item(ItemKind::photo, "p", 0, t)};
-    EXPECT_EQ(Selection::chatCount(scan, refs(copies)), 1);
-    EXPECT_EQ(Selection::chatCount(scan, {}), 0);
-}
-
 TEST(Proposed, SamplesEachChatMonthWithContextAndAlwaysTakesCalls) {
     std::vector<Evidence> chat = dailyMessages("c", 10, 2025, 3);
     chat.push_back(item(ItemKind::call, "c", 100, at(2025, 3, 4), "Alex"));
@@ -103,67 +73,6 @@ TEST(Proposed, SamplesEachChatMonthWithContextAndAlwaysTakesCalls) {
               (IdSet{"c:0", "c:1", "c:4", "c:5", "c:6", "c:8", "c:9", "c:100", "c:101"}));
     settings.messagesPerMonth = 1;
     EXPECT_EQ(setOf(Selection::proposed(scan, settings)), (IdSet{"c:0", "c:1", "c:100", "c:101"}));
-}
-
-TEST(Proposed, NeverChoosesSystemLinesNotEvenAsContext) {
-    std::vector<Evidence> chat = {
-        message("c", 0, at(2025, 3, 1), ""),     message("c", 1, at(2025, 3, 2)),
-        message("c", 2, at(2025, 3, 3), ""),     message("c", 3, at(2025, 3, 4)),
-        message("c", 4, at(2025, 3, 5), "Alex"), message("c", 5, at(2025, 3, 6), ""),
-    };
-    ScanResult scan = scanOf({source(SourceKind::whatsapp, "chat", chat)});
-    Settings settings;
-    settings.messagesPerMonth = 1;
-    // The sampled list is c:1, c:3, c:4: c:1 is taken, c:3 is its context.
-    EXPECT_EQ(setOf(Selection::proposed(scan, settings)), (IdSet{"c:1", "c:3"}));
-    settings.messagesPerMonth = 0;
-    EXPECT_EQ(setOf(Selection::proposed(scan, settings)), (IdSet{"c:1", "c:3", "c:4"}));
-}
-
-TEST(Proposed, ContextComesOnlyFromMessagesInRange) {
-    std::vector<Evidence> chat = dailyMessages("c", 5, 2025, 3, 1);
-    ScanResult scan = scanOf({source(SourceKind::line, "chat", chat)});
-    Settings settings;
-    settings.messagesPerMonth = 1;
-    settings.limitDates = true;
-    settings.rangeStart = at(2025, 3, 3);
-    settings.rangeEnd = at(2025, 3, 5);
-    EXPECT_EQ(setOf(Selection::proposed(scan, settings)), (IdSet{"c:2", "c:3"}));
-}
-
-TEST(Proposed, EachChatIsSampledByItself) {
-    ScanResult scan = scanOf({
-        source(SourceKind::whatsapp, "one", dailyMessages("a", 4, 2025, 3)),
-        source(SourceKind::messenger, "two", dailyMessages("b", 4, 2025, 3)),
-    });
-    Settings settings;
-    settings.messagesPerMonth = 1;
-    EXPECT_EQ(setOf(Selection::proposed(scan, settings)), (IdSet{"a:0", "a:1", "b:0", "b:1"}));
-}
-
-TEST(Proposed, MediaSampledPerSourceDocumentsAndEmailsAlwaysIn) {
-    auto media = [](ItemKind kind, const std::string& file) {
-        std::vector<Evidence> items;
-        for (int i = 0; i < 3; ++i)
-            items.push_back(item(kind, file, i, at(2025, 6, 1 + i)));
-        return items;
-    };
-    ScanResult scan = scanOf({
-        source(SourceKind::photos, "p1", media(ItemKind::photo, "p1")),
-        source(SourceKind::photos, "p2", media(ItemKind::photo, "p2")),
-        source(SourceKind::screenshots, "s", media(ItemKind::screenshot, "s")),
-        source(SourceKind::videos, "v", media(ItemKind::video, "v")),
-        source(SourceKind::documents, "d", media(ItemKind::document, "d")),
-        source(SourceKind::emails, "e", media(ItemKind::email, "e")),
-    });
-    Settings settings;
-    settings.messagesPerMonth = 1;
-    settings.photosPerMonth = 1;
-    EXPECT_EQ(setOf(Selection::proposed(scan, settings)),
-              (IdSet{"p1:0", "p2:0", "s:0", "v:0", "d:0", "d:1", "d:2", "e:0", "e:1", "e:2"}));
-    settings.photosPerMonth = 0;
-    EXPECT_EQ(setOf(Selection::proposed(scan, settings)),
-              setOf(Selection::candidates(scan, settings)));
 }
 
 // The proposal corrected by hand, exclusion winning, within the range,
@@ -214,19 +123,6 @@ TEST(Selected, CorrectsTheProposalByHand) {
         settings.rangeEnd = c.lastDay;
         EXPECT_EQ(ids(Selection::selected(scanOf(c.sources), settings)), c.expected) << c.name;
     }
-}
-
-TEST(Selected, ExcludingASourceRemovesEvenItsAddedItems) {
-    ScanResult scan = scanOf({
-        source(SourceKind::whatsapp, "chat", dailyMessages("c", 4, 2025, 3)),
-        source(SourceKind::documents, "docs", {item(ItemKind::document, "d", 0, at(2025, 3, 2))}),
-    });
-    Settings settings;
-    settings.addedItems = {"c:3", "d:0"};
-    settings.excludedSources = {"chat"};
-    EXPECT_TRUE(setOf(Selection::proposed(scan, settings)) == IdSet{"d:0"});
-    EXPECT_EQ(ids(Selection::candidates(scan, settings)), (std::vector<std::string>{"d:0"}));
-    EXPECT_EQ(ids(Selection::selected(scan, settings)), (std::vector<std::string>{"d:0"}));
 }
 
 TEST(SetSelected, TicksBecomeChangesOfTheManualSets) {

@@ -257,10 +257,6 @@ Evidence message(const std::string& fileID, int64_t position, double date,
     return e;
 }
 
-FileRecord fileRecord(const std::string& path, char hexDigit, int64_t bytes) {
-    return FileRecord{path, std::string(64, hexDigit), bytes};
-}
-
 bool qpdfCheckPasses(const std::string& bytes) {
     TempFolder folder;
     std::string file = folder.write("check.pdf", bytes);

@@ -68,6 +68,5 @@ std::map<std::string, std::string> information(const std::string& bytes);
 // A message item of a file.
 Evidence message(const std::string& fileID, int64_t position, double date,
                  const std::string& sender, const std::string& text);
-FileRecord fileRecord(const std::string& path, char hexDigit, int64_t bytes);
 
 }  // namespace kinfolio::testing

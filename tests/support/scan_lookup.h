@@ -7,13 +7,6 @@
 
 namespace kinfolio::testing {
 
-// The skipped entry of a path, or null.
-inline const SkippedFile* skippedAt(const ScanResult& scan, const std::string& path) {
-    auto it = std::find_if(scan.skipped.begin(), scan.skipped.end(),
-                           [&](const SkippedFile& s) { return s.path == path; });
-    return it == scan.skipped.end() ? nullptr : &*it;
-}
-
 // The first source of that name, or null.
 inline const Source* sourceNamed(const ScanResult& scan, const std::string& name) {
     auto it = std::find_if(scan.sources.begin(), scan.sources.end(),
