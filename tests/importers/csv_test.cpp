@@ -9,6 +9,7 @@
 namespace kinfolio::Importer {
 namespace {
 
+using enum DateOrder;
 using testing::itemLines;
 
 // The rows as "[field|field]…", or the refusal.
@@ -59,34 +60,23 @@ TEST(CsvHeader, ChatColumns) {
 
 const std::string kQuilloryHeader = "date_local,direction,sender,text,attachments\n";
 
+// One day/month-ambiguous row, read in each order.
+const std::string kAmbiguous = "date,sender,text\n05/01/2025 09:00,Sam,Hi\n";
+
 TEST(Csv, GenericAndQuillorySpreadsheetsReadToMessages) {
-    struct Case {
-        const char* name;
-        std::string text;
-        DateOrder order;
-        std::vector<std::string> items;
-    } cases[] = {
+    const std::tuple<const char*, std::string, DateOrder, std::vector<std::string>> cases[] = {
         {"generic, rows numbered from the header as row 1",
          "\uFEFFDate, Sender ,TEXT\n14/06/2025 09:15,Sam Lee,\"Morning, love\"\n"
          "2025-06-14 09:20:05,Alex Morgan,See you\n",
-         DateOrder::dayFirst,
+         dayFirst,
          {"2 2025-06-14 09:15:00 Sam Lee: Morning, love",
           "3 2025-06-14 09:20:05 Alex Morgan: See you"}},
-        {"day first",
-         "date,sender,text\n05/01/2025 09:00,Sam,Hi\n",
-         DateOrder::dayFirst,
-         {"2 2025-01-05 09:00:00 Sam: Hi"}},
-        {"month first",
-         "date,sender,text\n05/01/2025 09:00,Sam,Hi\n",
-         DateOrder::monthFirst,
-         {"2 2025-05-01 09:00:00 Sam: Hi"}},
-        {"automatic reads day first",
-         "date,sender,text\n05/01/2025 09:00,Sam,Hi\n",
-         DateOrder::automatic,
-         {"2 2025-01-05 09:00:00 Sam: Hi"}},
+        {"day first", kAmbiguous, dayFirst, {"2 2025-01-05 09:00:00 Sam: Hi"}},
+        {"month first", kAmbiguous, monthFirst, {"2 2025-05-01 09:00:00 Sam: Hi"}},
+        {"automatic reads day first", kAmbiguous, automatic, {"2 2025-01-05 09:00:00 Sam: Hi"}},
         {"direction without date_local is a generic spreadsheet",
          "date,direction,sender,text\n2025-06-14 09:15,event,Sam,Hi\n",
-         DateOrder::dayFirst,
+         dayFirst,
          {"2 2025-06-14 09:15:00 Sam: Hi"}},
         // Quillory writes its zone after the time: only the first 19 characters are read.
         {"Quillory: events skipped, only the first attachment linked",
@@ -94,14 +84,14 @@ TEST(Csv, GenericAndQuillorySpreadsheetsReadToMessages) {
                            "2025-06-14 09:16:00 +0200,incoming,Sam,Photos,IMG_1.jpg; IMG_2.jpg\n"
                            "2025-06-14 09:17:00,outgoing,Alex,One,IMG_3.jpg\n"
                            "2025-06-14 09:18:00,incoming,Sam,None,\n",
-         DateOrder::dayFirst,
+         dayFirst,
          {"3 2025-06-14 09:16:00 Sam: Photos [IMG_1.jpg]",
           "4 2025-06-14 09:17:00 Alex: One [IMG_3.jpg]", "5 2025-06-14 09:18:00 Sam: None"}},
     };
-    for (const Case& c : cases) {
-        auto result = csv(c.text, "abc", c.order);
-        EXPECT_EQ(itemLines(result.items), c.items) << c.name;
-        EXPECT_TRUE(result.notes.empty()) << c.name;
+    for (const auto& [name, text, order, items] : cases) {
+        auto result = csv(text, "abc", order);
+        EXPECT_EQ(itemLines(result.items), items) << name;
+        EXPECT_TRUE(result.notes.empty()) << name;
         EXPECT_EQ(result.items.at(0).fileID, "abc");
     }
 }
@@ -127,17 +117,12 @@ TEST(Csv, RefusalsNameTheRow) {
          "Row 2 has the wrong number of columns."},
     };
     for (const auto& [text, message] : cases)
-        EXPECT_EQ(testing::errorOf([&] { csv(text, "f", DateOrder::dayFirst); }), message) << text;
+        EXPECT_EQ(testing::errorOf([&] { csv(text, "f", dayFirst); }), message) << text;
 }
 
-struct Spreadsheet {
-    const char* name;
-    std::string text;
-    std::string item;  // sender and text
-};
-
-// Each header names its columns as one exporter or language does.
-const Spreadsheet kSpreadsheets[] = {
+// Each header names its columns as one exporter or language does; then the
+// item's sender and text.
+const std::tuple<const char*, std::string, std::string> kSpreadsheets[] = {
     {"KakaoTalkForMac", "Date,User,Message\n2023-03-04 18:12:00,Sam Lee,Hi\n", "Sam Lee: Hi"},
     {"OtherExporters", "Timestamp,Sender Name,Body\n2023-03-04 18:12:00,Sam,Hi\n", "Sam: Hi"},
     {"Korean", "날짜,보낸 사람,메시지\n2023-03-04 18:12:00,이수진,안녕\n", "이수진: 안녕"},
@@ -155,11 +140,11 @@ const Spreadsheet kSpreadsheets[] = {
 };
 
 TEST(Csv, ColumnNamesOfOtherExportersAndLanguages) {
-    for (const auto& s : kSpreadsheets) {
-        EXPECT_TRUE(hasChatColumns(*csvHeader(s.text))) << s.name;
-        EXPECT_EQ(itemLines(csv(s.text, "f", DateOrder::dayFirst).items),
-                  std::vector<std::string>{"2 2023-03-04 18:12:00 " + s.item})
-            << s.name;
+    for (const auto& [name, text, item] : kSpreadsheets) {
+        EXPECT_TRUE(hasChatColumns(*csvHeader(text))) << name;
+        EXPECT_EQ(itemLines(csv(text, "f", dayFirst).items),
+                  std::vector<std::string>{"2 2023-03-04 18:12:00 " + item})
+            << name;
     }
 }
 

@@ -2,25 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include "model/calendar.h"
+#include "model/text.h"
 
 namespace kinfolio::Importer {
 namespace {
 
-using namespace Calendar;
-
-std::string crlf(const std::string& text) {
-    std::string out;
-    for (char c : text)
-        out += c == '\n' ? std::string("\r\n") : std::string(1, c);
-    return out;
-}
-
 TEST(LooksLikeEmail, StartsWithHeadersAndHasSenderDateAndSubjectOrRecipient) {
-    struct Case {
-        std::string text;
-        bool email;
-    } cases[] = {
+    const std::pair<std::string, bool> cases[] = {
         {"From: Sam <sam@example.com>\nDate: 6 Jan 2025 09:05\nSubject: Hi", true},
         {"Received: x\nFROM: a\nDATE: b\nTO: c\n", true},
         {"From sam Mon Jan  6 09:00:00 2025\nDate: x\nTo: y\n", true},
@@ -37,8 +25,8 @@ TEST(LooksLikeEmail, StartsWithHeadersAndHasSenderDateAndSubjectOrRecipient) {
         // Only the first 8000 characters are looked at.
         {"From: a\nDate: b\n" + std::string(8000, 'x') + "\nSubject: c\n", false},
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(looksLikeEmail(c.text), c.email) << c.text.substr(0, 100);
+    for (const auto& [text, email] : cases)
+        EXPECT_EQ(looksLikeEmail(text), email) << text.substr(0, 100);
 }
 
 TEST(Emails, CutsAMailboxAtFromLinesAndUndoesOneLevelOfQuoting) {
@@ -48,13 +36,9 @@ TEST(Emails, CutsAMailboxAtFromLinesAndUndoesOneLevelOfQuoting) {
     const std::vector<std::string> messages = {
         "Subject: one\n\nfirst\nFrom here on\n>>From keeps deeper quoting",
         "Subject: two\n\nsecond\n"};
-    struct Case {
-        const char* name;
-        std::string text;
-        std::vector<std::string> messages;
-    } cases[] = {
+    const std::tuple<const char*, std::string, std::vector<std::string>> cases[] = {
         {"a mailbox", mbox, messages},
-        {"a mailbox with CR LF", crlf(mbox), messages},
+        {"a mailbox with CR LF", replaceAll(mbox, "\n", "\r\n"), messages},
         {"an .eml is one message, CR LF turned into line feeds",
          "Subject: a\r\nFrom: b\r\n\r\nbody\r\n>From x\r\n",
          {"Subject: a\nFrom: b\n\nbody\n>From x\n"}},
@@ -63,8 +47,8 @@ TEST(Emails, CutsAMailboxAtFromLinesAndUndoesOneLevelOfQuoting) {
          {"Subject: x\n\ny"}},
         {"only a separator", "From only-a-separator", {}},
     };
-    for (const Case& c : cases)
-        EXPECT_EQ(emails(c.text), c.messages) << c.name;
+    for (const auto& [name, text, expected] : cases)
+        EXPECT_EQ(emails(text), expected) << name;
 }
 
 TEST(DecodeHeader, DecodesUtf8EncodedWordsOnly) {

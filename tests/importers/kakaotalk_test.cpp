@@ -8,17 +8,11 @@
 namespace kinfolio::Importer {
 namespace {
 
-struct Export {
-    const char* name;
-    std::string text;
-    std::string title;
-    std::vector<std::string> items;
-};
-
 const std::string kEnglishHead = "KakaoTalk Chats with Sam Lee\nDate Saved : 2023-03-10 14:00\n\n";
 const std::string kKoreanHead = "Sam Lee 님과 카카오톡 대화\n저장한 날짜 : 2023-03-10 14:00:00\n\n";
 
-const Export kExports[] = {
+// Each form: its name, the text, the chat's title and its items.
+const std::tuple<const char*, std::string, std::string, std::vector<std::string>> kExports[] = {
     {"EnglishAndroid",
      kEnglishHead + "Saturday, March 4, 2023\n6:12pm, March 4, 2023, Sam Lee : Hello\n"
                     "12:05 AM, Mar 5, 2023, Alex Morgan : Still up?\n",
@@ -70,12 +64,12 @@ const Export kExports[] = {
 };
 
 TEST(KakaoTalk, EachFormReadsToMessagesSendersTimesAsWrittenAndContinuations) {
-    for (const Export& e : kExports) {
-        SCOPED_TRACE(e.name);
-        EXPECT_TRUE(looksLikeKakaoTalk(e.text) || e.title.empty());
-        KakaoTalkChat chat = kakaoTalk(e.text, "f");
-        EXPECT_EQ(chat.title, e.title);
-        EXPECT_EQ(testing::itemLines(chat.items), e.items);
+    for (const auto& [name, text, title, items] : kExports) {
+        SCOPED_TRACE(name);
+        EXPECT_TRUE(looksLikeKakaoTalk(text) || title.empty());
+        KakaoTalkChat chat = kakaoTalk(text, "f");
+        EXPECT_EQ(chat.title, title);
+        EXPECT_EQ(testing::itemLines(chat.items), items);
     }
 }
 

@@ -3,31 +3,17 @@
 #include <gtest/gtest.h>
 
 #include "model/calendar.h"
-#include "support/evidence_error.h"
 
 namespace kinfolio::Importer {
 namespace {
 
 using namespace Calendar;
 
-const std::string kSample =
-    "[LINE] Chat history with Sam Lee\n"
-    "Saved on: 2025/07/01 10:00\n"
-    "\n"
-    "Sat, 2025/06/14\n"
-    "09:15\tSam Lee\tGood morning! Flight is on time.\n"
-    "09:20\tAlex Morgan\t\"See you at gate 3.\n"
-    "I'll bring coffee.\"\n"
-    "21:00\tAlex Morgan\t\u260E Call time 0:45:10\n";
-
-std::string written(Instant t) {
-    return format(t, "yyyy-MM-dd HH:mm");
-}
-
 // An item as the export tables list it: the time as written, who, what, and
 // a call's length.
 std::string shown(const Evidence& e) {
-    std::string s = written(e.date) + " " + (e.isSystem() ? "note" : e.sender) + ": " + e.text;
+    std::string s = format(e.date, "yyyy-MM-dd HH:mm") + " " + (e.isSystem() ? "note" : e.sender) +
+                    ": " + e.text;
     auto length = e.details().duration;
     if (e.kind == ItemKind::call) s += " " + (length ? duration(*length) : "(no length)");
     return s;
@@ -35,11 +21,7 @@ std::string shown(const Evidence& e) {
 
 // Exports of the phone app (tabs) and the PC app (spaces) in each language.
 TEST(Line, ReadsEachLanguageFromThePhoneAndThePC) {
-    struct Case {
-        const char* name;
-        std::string text, title;
-        std::vector<std::string> items;
-    } cases[] = {
+    const std::tuple<const char*, std::string, std::string, std::vector<std::string>> cases[] = {
         {"Japanese phone",
          "[LINE] Sam Leeとのトーク履歴\n保存日時：2023/05/02 午後3:41\n\n2023/03/04(土)\n"
          "午前9:07\tSam Lee\t集合は何時？\n"
@@ -144,14 +126,14 @@ TEST(Line, ReadsEachLanguageFromThePhoneAndThePC) {
           "2025-06-14 10:02 Sam: Call 3 min 5 s", "2025-06-14 10:03 Sam: Call 3 min 5 s",
           "2025-06-14 10:04 Sam: Call me at 3:05"}},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
-        LineChat chat = line(c.text, "f");
-        std::vector<std::string> items;
+    for (const auto& [name, text, title, items] : cases) {
+        SCOPED_TRACE(name);
+        LineChat chat = line(text, "f");
+        std::vector<std::string> read;
         for (const Evidence& e : chat.items)
-            items.push_back(shown(e));
-        EXPECT_EQ(chat.title, c.title);
-        EXPECT_EQ(items, c.items);
+            read.push_back(shown(e));
+        EXPECT_EQ(chat.title, title);
+        EXPECT_EQ(read, items);
     }
 }
 

@@ -23,11 +23,7 @@ MetaChat read(const std::string& messages, const char* zone = "UTC",
 }
 
 TEST(Meta, EachKindOfMessageBecomesItsItem) {
-    struct Case {
-        const char* name;
-        std::string messages;
-        std::vector<std::string> items;
-    } cases[] = {
+    const std::tuple<const char*, std::string, std::vector<std::string>> cases[] = {
         {"mis-encoded text is repaired",
          R"({"sender_name": "Zo\u00c3\u00ab", "timestamp_ms": 1749049200000,
              "content": "Found the caf\u00c3\u00a9 from our first date \u00e2\u009d\u00a4"})",
@@ -64,8 +60,8 @@ TEST(Meta, EachKindOfMessageBecomesItsItem) {
             {"sender_name": "Sam", "timestamp_ms": 253402300799999, "content": "last"})",
          {"7 9999-12-31 23:59:59 Sam: last"}},
     };
-    for (const Case& c : cases)
-        EXPECT_EQ(itemLines(read(c.messages).items), c.items) << c.name;
+    for (const auto& [name, messages, items] : cases)
+        EXPECT_EQ(itemLines(read(messages).items), items) << name;
 }
 
 TEST(FixMeta, RepairsOnlyTextThatNeedsIt) {

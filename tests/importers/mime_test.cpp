@@ -5,11 +5,6 @@
 namespace kinfolio::Importer {
 namespace {
 
-std::string textOf(std::string_view message) {
-    auto [headers, body] = splitHeaders(message);
-    return plainText(headers, body);
-}
-
 TEST(QuotedPrintable, DecodesEscapesAndSoftBreaks) {
     const std::pair<const char*, const char*> cases[] = {
         {"caf=E9", "caf\xE9"},
@@ -61,8 +56,10 @@ TEST(PlainText, ChoosesAndDecodesTheReadablePart) {
         {"Subject: x\n\n\u00e9\n", "\u00e9"},
         {"Subject: x\n\n \n\t", ""},
     };
-    for (const auto& [message, text] : cases)
-        EXPECT_EQ(textOf(message), text) << message;
+    for (const auto& [message, text] : cases) {
+        auto [headers, body] = splitHeaders(message);
+        EXPECT_EQ(plainText(headers, body), text) << message;
+    }
 }
 
 }  // namespace

@@ -41,11 +41,7 @@ std::string errorOf(const std::string& json) {
 }
 
 TEST(Telegram, EachKindOfMessageBecomesItsItem) {
-    struct Case {
-        const char* name;
-        std::string messages;
-        std::vector<std::string> items;
-    } cases[] = {
+    const std::tuple<const char*, std::string, std::vector<std::string>> cases[] = {
         {"a missed call, and a call without length or caller",
          R"({"type": "service", "date": "2025-05-04T21:00:00", "actor": "Sam",
              "action": "phone_call", "discard_reason": "missed"},
@@ -85,11 +81,11 @@ TEST(Telegram, EachKindOfMessageBecomesItsItem) {
             {"type": "message", "date": "2025-05-03 20:09", "text": "other ISO form, no sender"})",
          {"7 2025-05-03 20:09:00 note: other ISO form, no sender"}},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
-        auto chats = telegram(withMessages(c.messages), kFile);
+    for (const auto& [name, messages, items] : cases) {
+        SCOPED_TRACE(name);
+        auto chats = telegram(withMessages(messages), kFile);
         ASSERT_EQ(chats.size(), 1u);
-        EXPECT_EQ(itemLines(chats[0].items), c.items);
+        EXPECT_EQ(itemLines(chats[0].items), items);
     }
 }
 
@@ -135,17 +131,15 @@ TEST(Telegram, DamagedJsonGivesAPlainSentence) {
 TEST(Telegram, TheOnePassReadingEqualsTheTree) {
     auto both = [](const std::string& json) {
         auto reading = [](auto read) {
-            try {
-                std::string shown;
+            std::string shown;
+            std::string error = testing::errorOf([&] {
                 for (const auto& chat : read()) {
                     shown += chat.name + " #" + std::to_string(chat.placeInList) + "\n";
                     for (const auto& line : itemLines(chat.items))
                         shown += line + "\n";
                 }
-                return shown;
-            } catch (const EvidenceError& e) {
-                return std::string(e.what());
-            }
+            });
+            return error == "(no error)" ? shown : error;
         };
         std::string streamed = reading([&] { return telegram(json, kFile); });
         std::string tree = reading([&] {

@@ -2,9 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-#include <vector>
-
 #include "model/calendar.h"
 
 namespace kinfolio::Importer {
@@ -27,15 +24,9 @@ std::string findsIn(std::string_view text, DateOrder order) {
     return out;
 }
 
-struct Case {
-    const char* line;
-    DateOrder order;
-    const char* finds;
-};
-
 // Lines as they come out of the first page of real documents.
 TEST(FindDates, ReadsTheDatesOfDocumentLines) {
-    const Case cases[] = {
+    const std::tuple<const char*, DateOrder, const char*> cases[] = {
         // Airline e-tickets and boarding passes
         {"E-TICKET RECEIPT  Date of issue: 12 April 2025", A, "12 April 2025 @ 2025-04-12"},
         {"Flight BA117 departs Saturday, 12 April 2025 at 14:30 from London Heathrow", A,
@@ -156,8 +147,8 @@ TEST(FindDates, ReadsTheDatesOfDocumentLines) {
         {"\u767A\u884C\u65E5 2025/04/12", A, "2025/04/12 @ 2025-04-12"},
         {"Date\u00A012\u00A0April\u00A02025", A, "12\u00A0April\u00A02025 @ 2025-04-12"},
     };
-    for (const Case& c : cases)
-        EXPECT_EQ(findsIn(c.line, c.order), c.finds) << c.line;
+    for (const auto& [line, order, finds] : cases)
+        EXPECT_EQ(findsIn(line, order), finds) << line;
 }
 
 }  // namespace

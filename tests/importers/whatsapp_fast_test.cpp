@@ -13,20 +13,23 @@
 namespace kinfolio::Importer {
 namespace {
 
+template <typename Number>
+Number between(std::mt19937& rng, Number low, Number high) {
+    return std::uniform_int_distribution<Number>(low, high)(rng);
+}
+
 // Half of the time the first option (the usual form), else any.
 template <size_t N>
 const char* pick(std::mt19937& rng, const char* const (&options)[N]) {
-    if (std::uniform_int_distribution<int>(0, 1)(rng)) return options[0];
-    return options[std::uniform_int_distribution<size_t>(0, N - 1)(rng)];
+    if (between(rng, 0, 1)) return options[0];
+    return options[between<size_t>(rng, 0, N - 1)];
 }
 
+// A number from low to high, zero-padded to between min and max digits.
 std::string digits(std::mt19937& rng, int min, int max, int low, int high) {
-    int n = std::uniform_int_distribution<int>(min, max)(rng);
-    int value = std::uniform_int_distribution<int>(low, high)(rng);
-    std::string s = std::to_string(value);
-    while (static_cast<int>(s.size()) < n)
-        s = "0" + s;
-    return s;
+    int n = between(rng, min, max);
+    std::string s = std::to_string(between(rng, low, high));
+    return std::string(std::max(0, n - static_cast<int>(s.size())), '0') + s;
 }
 
 std::string generatedLine(std::mt19937& rng) {
@@ -53,9 +56,9 @@ std::string generatedLine(std::mt19937& rng) {
                                         "Sam: vertical\vtab",
                                         "\u0663 Sam: digit",
                                         "Sam: ends with a separator\u2029"};
-    bool iphone = std::uniform_int_distribution<int>(0, 1)(rng);
+    bool iphone = between(rng, 0, 1);
     std::string line = iphone ? pick(rng, iphoneOpens) : pick(rng, androidOpens);
-    int shape = std::uniform_int_distribution<int>(0, 9)(rng);
+    int shape = between(rng, 0, 9);
     std::string a = digits(rng, 1, 2, 0, 32), b = digits(rng, 1, 2, 0, 13);
     std::string year = shape == 0   ? digits(rng, 1, 5, 0, 99999)
                        : shape <= 5 ? digits(rng, 4, 4, 1990, 2030)
@@ -63,15 +66,13 @@ std::string generatedLine(std::mt19937& rng) {
     if (shape == 1) a = digits(rng, 1, 4, 0, 2025);
     if (shape == 2) a = "\u0661";  // an Arabic-Indic digit
     std::string sep = pick(rng, seps);
-    if (std::uniform_int_distribution<int>(0, 3)(rng) == 0) sep = pick(rng, seps);
-    line += a + sep + b + (std::uniform_int_distribution<int>(0, 5)(rng) ? sep : pick(rng, seps)) +
-            year;
+    if (between(rng, 0, 3) == 0) sep = pick(rng, seps);
+    line += a + sep + b + (between(rng, 0, 5) ? sep : pick(rng, seps)) + year;
     line += pick(rng, commas);
     line += pick(rng, gaps);
     line +=
         digits(rng, 1, shape == 3 ? 3 : 2, 0, 25) + ":" + digits(rng, 2, shape == 4 ? 3 : 2, 0, 61);
-    if (std::uniform_int_distribution<int>(0, 1)(rng))
-        line += ":" + digits(rng, shape == 5 ? 1 : 2, 2, 0, 61);
+    if (between(rng, 0, 1)) line += ":" + digits(rng, shape == 5 ? 1 : 2, 2, 0, 61);
     line += pick(rng, markers);
     line += iphone ? pick(rng, iphoneCloses) : pick(rng, androidCloses);
     line += pick(rng, rests);
@@ -103,7 +104,7 @@ TEST(WhatsAppFast, DateLikeStartAgreesWithTheExpression) {
     int decided = 0;
     for (int i = 0; i < 20000; ++i) {
         std::string line = generatedLine(rng);
-        line = line.substr(0, std::uniform_int_distribution<size_t>(0, line.size())(rng));
+        line = line.substr(0, between<size_t>(rng, 0, line.size()));
         auto fast = fast::dateLikeStart(line);
         if (fast == fast::Verdict::unsure) continue;
         ++decided;
@@ -137,7 +138,7 @@ TEST(WhatsAppFast, DateOrderDetectionAgreesWithTheExpression) {
     int decided = 0;
     for (int i = 0; i < 3000; ++i) {
         std::string text;
-        int lines = std::uniform_int_distribution<int>(1, 6)(rng);
+        int lines = between(rng, 1, 6);
         for (int l = 0; l < lines; ++l)
             text += generatedLine(rng) + pick(rng, breaks);
         auto fast = fast::detectOrder(text);

@@ -14,17 +14,11 @@ using testing::itemLines;
 constexpr auto D = DateOrder::dayFirst;
 constexpr auto M = DateOrder::monthFirst;
 
-struct LocaleCase {
-    const char* language;
-    const char* line;  // the message line; a continuation line follows it
-    DateOrder order;
-    const char* written;  // the time as written, yyyy-MM-dd HH:mm:ss
-};
-
 // How phones write the export in the most spoken languages, Android lines
 // ("stamp - ") and iPhone lines ("[stamp] "); the shared date lists read
-// some of them, the forms the rest.
-const LocaleCase kLocales[] = {
+// some of them, the forms the rest. Each row: the language, the message line
+// (a continuation line follows it), the order and the time as written.
+const std::tuple<const char*, const char*, DateOrder, const char*> kLocales[] = {
     {"English (US)", "3/7/23, 6:05 PM - Sam Lee: hi", M, "2023-03-07 18:05:00"},
     {"English (US), iPhone", "[3/7/23, 6:05:42\u202FPM] Sam Lee: hi", M, "2023-03-07 18:05:42"},
     {"English (UK, India)", "07/03/2023, 18:05 - Sam Lee: hi", D, "2023-03-07 18:05:00"},
@@ -69,15 +63,15 @@ const LocaleCase kLocales[] = {
 };
 
 TEST(WhatsAppForms, ChatsFromEveryLocaleReadToTheirMessages) {
-    for (const auto& c : kLocales) {
-        SCOPED_TRACE(c.language);
-        std::string chat = std::string(c.line) + "\nsecond line\n" + c.line + "\n";
+    for (const auto& [language, line, order, written] : kLocales) {
+        SCOPED_TRACE(language);
+        std::string chat = std::string(line) + "\nsecond line\n" + line + "\n";
         EXPECT_TRUE(looksLikeWhatsApp(chat));
         std::vector<std::string> items;
         std::string error =
-            testing::errorOf([&] { items = itemLines(whatsapp(chat, "f", c.order).items); });
+            testing::errorOf([&] { items = itemLines(whatsapp(chat, "f", order).items); });
         EXPECT_EQ(error, "(no error)");
-        std::string stamp = std::string(c.written) + " Sam Lee: hi";
+        std::string stamp = std::string(written) + " Sam Lee: hi";
         EXPECT_EQ(items, (std::vector<std::string>{"1 " + stamp + "\nsecond line", "3 " + stamp}));
     }
 }

@@ -22,11 +22,8 @@ bool holdsText(const ScanResult& scan, const std::string& source, const std::str
 // reason the user is given. Scanning leaves the folder untouched, and a
 // second scan, with the cache the first one filled, reads the same.
 TEST(Corpus, EachExportIsReadOrSkippedWithItsReason) {
-    struct Read {
-        std::string source;  // first file | name | summary
-        std::string text;    // in one of its items
-    };
-    const std::vector<Read> read = {
+    // Each source as "first file | name | summary", and a text in one of its items.
+    const std::vector<std::pair<std::string, std::string>> read = {
         {"email/Booking confirmation.eml | Emails | 3 emails · Jan 2024 – Mar 2024",
          "Zürich on 5 April 2024 is confirmed. Two passengers, one double room"},
         {"line/[LINE] Chat with Alex Morgan.txt | Alex Morgan | LINE · 5 messages · Mar 2024",
@@ -84,9 +81,9 @@ TEST(Corpus, EachExportIsReadOrSkippedWithItsReason) {
     EXPECT_EQ(testing::folderFingerprint(kCorpus), before);
 
     std::vector<std::string> expected;
-    for (const Read& r : read) {
-        expected.push_back(r.source);
-        EXPECT_TRUE(holdsText(scan, r.source, r.text)) << r.source << "\nhas no " << r.text;
+    for (const auto& [source, text] : read) {
+        expected.push_back(source);
+        EXPECT_TRUE(holdsText(scan, source, text)) << source << "\nhas no " << text;
     }
     std::sort(expected.begin(), expected.end());
     expected.insert(expected.end(), skipped.begin(), skipped.end());

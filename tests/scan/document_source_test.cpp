@@ -34,12 +34,8 @@ TEST(DocumentSource, DatesAndSortsEveryDocument) {
                   "Locked.pdf | PDF could not be opened (it may be password protected).",
                   "empty.pdf | The file is empty. Copy it again from where it came from.",
                   "notes.PDF | PDF could not be opened (it may be password protected)."}));
-    struct Expected {
-        const char* title;
-        const char* date;
-        bool estimated;
-        const char* category;
-    } expected[] = {
+    // Each document's title, date, whether that is estimated, and category.
+    const std::tuple<const char*, const char*, bool, const char*> expected[] = {
         {"Booking", "2025-03-03 00:00", false, "Travel"},
         // No full date on the page: the file's creation date.
         {"Ferry", "2025-02-01 09:30", false, "Travel"},
@@ -49,16 +45,16 @@ TEST(DocumentSource, DatesAndSortsEveryDocument) {
         {"statement", "2025-01-02 00:00", false, "Finance"},
     };
     const Source& documents = r.sources.at(0);
-    for (const auto& e : expected) {
-        SCOPED_TRACE(e.title);
+    for (const auto& [title, date, estimated, category] : expected) {
+        SCOPED_TRACE(title);
         auto item = std::find_if(documents.items.begin(), documents.items.end(),
-                                 [&](const Evidence& i) { return i.text == e.title; });
+                                 [&](const Evidence& i) { return i.text == title; });
         ASSERT_NE(item, documents.items.end());
         EXPECT_EQ(item->kind, ItemKind::document);
-        EXPECT_EQ(Calendar::format(item->date, "yyyy-MM-dd HH:mm"), e.date);
-        EXPECT_EQ(item->dateIsEstimated, e.estimated);
-        EXPECT_EQ(item->sender, e.category);
-        EXPECT_EQ(item->details().imageURL, dir.path() + "/" + e.title + ".pdf");
+        EXPECT_EQ(Calendar::format(item->date, "yyyy-MM-dd HH:mm"), date);
+        EXPECT_EQ(item->dateIsEstimated, estimated);
+        EXPECT_EQ(item->sender, category);
+        EXPECT_EQ(item->details().imageURL, dir.path() + "/" + title + ".pdf");
         EXPECT_EQ(item->position, 1);
     }
 }

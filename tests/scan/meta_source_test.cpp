@@ -1,11 +1,8 @@
-#include <set>
-
 #include "support/scan_folder.h"
 
 namespace kinfolio::Scanner {
 namespace {
 
-const std::string kInbox = "facebook-sam/your_facebook_activity/messages/inbox/samlee_10001/";
 const std::string kPhotoUri = "your_facebook_activity/messages/inbox/samlee_10001/photos/101.jpg";
 
 // 4 June 2025 15:00 UTC and half an hour later.

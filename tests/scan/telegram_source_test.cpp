@@ -1,15 +1,12 @@
 #include <unistd.h>
 
-#include "selection/selection.h"
 #include "support/scan_folder.h"
 
 namespace kinfolio::Scanner {
 namespace {
 
 using testing::scanFiles;
-using testing::sourceNamed;
 
-const std::string kExport = "Telegram Desktop/DataExport_2025-06-01/";
 const std::string kPhotoPath = "chats/chat_001/photos/photo_1@03-05-2025_20-07-00.jpg";
 
 std::string message(const std::string& date, const std::string& from, const std::string& text,

@@ -1,9 +1,6 @@
 #include "scan/whatsapp_source.h"
 
-#include <sys/stat.h>
-
 #include <filesystem>
-#include <fstream>
 
 #include "example/zip_writer.h"
 #include "support/scan_folder.h"
@@ -12,10 +9,8 @@ namespace kinfolio::Scanner {
 namespace {
 
 namespace fs = std::filesystem;
-using testing::itemLines;
 using testing::scanFiles;
 using testing::shown;
-using testing::sourceNamed;
 
 const std::string kPhotoName = "00000003-PHOTO-2025-01-05-09-04-00.jpg";
 const std::string kPhoto = "\xFF\xD8\xFF\xE0 not really a jpeg";
@@ -26,9 +21,6 @@ const std::string kChat =
     ">\n"
     "[05/01/2025, 09:05:00] Sam Lee: Bring the blue scarf\n"
     "it's cold here.\n";
-const std::string kAmbiguous =
-    "The dates could be day/month or month/day; day first was assumed. Change Date order if "
-    "they look wrong.";
 
 std::string zippedChat() {
     return ZipWriter::archive({
