@@ -2,10 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "importers/whatsapp_line.h"
 #include "support/chat_items.h"
 #include "support/evidence_error.h"
-#include "support/temp_folder.h"
 
 namespace kinfolio::Importer {
 namespace {

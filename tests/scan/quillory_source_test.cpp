@@ -3,20 +3,17 @@
 namespace kinfolio::Scanner {
 namespace {
 
-const std::string kHeader = "date_local,direction,sender,text,attachments\n";
-const std::string kReport = "Quillory verification report\nConversation: Sam Lee\n";
-const std::string kPhoto = "\xFF\xD8\xFF\xE0 not really a JPEG";
-
 // Without the report beside it, messages.csv is a plain chat spreadsheet.
 TEST(QuillorySource, OnlyTheReportMakesAnExportAndARefusalIsOneSkippedFile) {
     ScanResult r = testing::scanFiles(
         {{"a/messages.csv", "date,sender,text\n2025-06-14 09:15,Sam,Hi\n"},
          {"b/messages.csv", "date,sender,text\n2025-06-15 09:15,Alex,Hi\n"},
          {"b/verification.txt", "Some other report\n"},
-         {"Sam/messages.csv", kHeader + "2025-06-14 09:15:00,event,,Sam joined,\n"},
-         {"Sam/verification.txt", kReport},
+         {"Sam/messages.csv",
+          "date_local,direction,sender,text,attachments\n2025-06-14 09:15:00,event,,Sam joined,\n"},
+         {"Sam/verification.txt", "Quillory verification report\nConversation: Sam Lee\n"},
          {"Sam/export.pdf", "%PDF-1.4"},
-         {"Sam/attachments/IMG_1.jpg", kPhoto}},
+         {"Sam/attachments/IMG_1.jpg", "\xFF\xD8\xFF\xE0 not really a JPEG"}},
         DateOrder::dayFirst);
     EXPECT_EQ(testing::shown(r),
               (std::vector<std::string>{

@@ -5,8 +5,6 @@
 namespace kinfolio::Scanner {
 namespace {
 
-using testing::scanFiles;
-
 const std::string kPhotoPath = "chats/chat_001/photos/photo_1@03-05-2025_20-07-00.jpg";
 
 std::string message(const std::string& date, const std::string& from, const std::string& text,
@@ -42,7 +40,7 @@ TEST(TelegramSource, DamagedOrOversizedExportsAreSkippedWithAReason) {
     ASSERT_EQ(::truncate(folder.write("huge/result.json", "").c_str(), 300'000'000), 0);
     std::string json = wholeAccount();
     const std::string but = "Looks like a Telegram export, but: ";
-    ScanResult scan = scanFiles(
+    ScanResult scan = testing::scanFiles(
         folder, {{"cut/result.json", json.substr(0, json.size() * 2 / 3)},
                  {"broken/result.json", R"({"chats": {"list": [{"name": "a",, "messages": []}]}})"},
                  {"empty/result.json", R"({"chats": {"list": []}})"}});
