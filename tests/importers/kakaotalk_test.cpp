@@ -11,7 +11,6 @@ namespace {
 const std::string kEnglishHead = "KakaoTalk Chats with Sam Lee\nDate Saved : 2023-03-10 14:00\n\n";
 const std::string kKoreanHead = "Sam Lee 님과 카카오톡 대화\n저장한 날짜 : 2023-03-10 14:00:00\n\n";
 
-// Each form: its name, the text, the chat's title and its items.
 const std::tuple<const char*, std::string, std::string, std::vector<std::string>> kExports[] = {
     {"EnglishAndroid",
      kEnglishHead + "Saturday, March 4, 2023\n6:12pm, March 4, 2023, Sam Lee : Hello\n"

@@ -16,8 +16,7 @@ constexpr auto M = DateOrder::monthFirst;
 
 // How phones write the export in the most spoken languages, Android lines
 // ("stamp - ") and iPhone lines ("[stamp] "); the shared date lists read
-// some of them, the forms the rest. Each row: the language, the message line
-// (a continuation line follows it), the order and the time as written.
+// some of them, the forms the rest.
 const std::tuple<const char*, const char*, DateOrder, const char*> kLocales[] = {
     {"English (US)", "3/7/23, 6:05 PM - Sam Lee: hi", M, "2023-03-07 18:05:00"},
     {"English (US), iPhone", "[3/7/23, 6:05:42\u202FPM] Sam Lee: hi", M, "2023-03-07 18:05:42"},
@@ -68,9 +67,8 @@ TEST(WhatsAppForms, ChatsFromEveryLocaleReadToTheirMessages) {
         std::string chat = std::string(line) + "\nsecond line\n" + line + "\n";
         EXPECT_TRUE(looksLikeWhatsApp(chat));
         std::vector<std::string> items;
-        std::string error =
-            testing::errorOf([&] { items = itemLines(whatsapp(chat, "f", order).items); });
-        EXPECT_EQ(error, "(no error)");
+        EXPECT_EQ(testing::errorOf([&] { items = itemLines(whatsapp(chat, "f", order).items); }),
+                  "(no error)");
         std::string stamp = std::string(written) + " Sam Lee: hi";
         EXPECT_EQ(items, (std::vector<std::string>{"1 " + stamp + "\nsecond line", "3 " + stamp}));
     }

@@ -27,7 +27,6 @@ auto readChat(const std::string& chat, DateOrder order) {
 }
 
 TEST(ChatDateOrder, AmbiguousDatesFollowTheChatsChronology) {
-    // Each chat, the order chosen for it and the note (empty: none).
     const std::tuple<const char*, const char*, DateOrder, std::string> cases[] = {
         {"forward only as month/day",
          "3/4/23, 9:00 - A: a\n3/5/23, 9:00 - A: b\n4/1/23, 9:00 - A: c\n", monthFirst,

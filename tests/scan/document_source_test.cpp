@@ -34,7 +34,6 @@ TEST(DocumentSource, DatesAndSortsEveryDocument) {
                   "Locked.pdf | PDF could not be opened (it may be password protected).",
                   "empty.pdf | The file is empty. Copy it again from where it came from.",
                   "notes.PDF | PDF could not be opened (it may be password protected)."}));
-    // Each document's title, date, whether that is estimated, and category.
     const std::tuple<const char*, const char*, bool, const char*> expected[] = {
         {"Booking", "2025-03-03 00:00", false, "Travel"},
         // No full date on the page: the file's creation date.

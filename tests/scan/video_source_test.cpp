@@ -35,7 +35,6 @@ TEST(VideoSource, ReadsClipsWithTheirDatesAndSkipsWhatIsNoVideo) {
             "notes.mov | Video could not be opened.", "voice.mp4 | Video could not be opened."}));
     const Source& videos = r.sources.at(0);
     EXPECT_EQ(videos.kind, SourceKind::videos);
-    // Each video's date, whether it is estimated, and its length.
     const std::tuple<const char*, bool, double> expected[] = {{"2024-08-16 19:05:12", true, 2.5},
                                                               {"2025-06-14 10:00:00", false, 42}};
     ASSERT_EQ(videos.items.size(), 2u);
