@@ -46,8 +46,7 @@ TEST(DocumentSource, DatesAndSortsEveryDocument) {
     const Source& documents = r.sources.at(0);
     for (const auto& [title, date, estimated, category] : expected) {
         SCOPED_TRACE(title);
-        auto item = std::find_if(documents.items.begin(), documents.items.end(),
-                                 [&](const Evidence& i) { return i.text == title; });
+        auto item = std::ranges::find(documents.items, std::string(title), &Evidence::text);
         ASSERT_NE(item, documents.items.end());
         EXPECT_EQ(item->kind, ItemKind::document);
         EXPECT_EQ(Calendar::format(item->date, "yyyy-MM-dd HH:mm"), date);
