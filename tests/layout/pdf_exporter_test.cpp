@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
 #if defined(__SANITIZE_ADDRESS__)
 #include <sanitizer/lsan_interface.h>
 #endif
@@ -58,9 +56,6 @@ ExportInput chatInput() {
     input.items.push_back(mail);
     return input;
 }
-
-const std::vector<std::string> kTitles = {"January 2025", "February 2025", "March 2025",
-                                          "How this file was prepared"};
 
 class MadePDF : public ::testing::Test {
 protected:

@@ -2,16 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
-
 #include "model/calendar.h"
-#include "support/documents.h"
 
 namespace kinfolio::Scanner {
 namespace {
-
-using testing::makePDF;
-using testing::PDFSpec;
 
 std::string day(std::optional<Instant> t) {
     return t ? Calendar::format(*t, "yyyy-MM-dd HH:mm") : "none";

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <functional>
 
 #include "example/example_video.h"
 #include "media/test_images.h"
@@ -15,7 +14,6 @@ namespace kinfolio {
 namespace {
 
 namespace fs = std::filesystem;
-using ExampleFolder::timeGrey;
 using ExampleFolder::VideoSpec;
 
 // The still frame as a user would see it: the PNG in the cache, decoded.
@@ -35,18 +33,12 @@ struct Clip {
         : bytes(ExampleFolder::video(spec)), id(sha256Hex(bytes)) {}
 };
 
-VideoSpec clipOf(double duration, double framesPerSecond = 10) {
+VideoSpec clipOf(double duration) {
     VideoSpec spec;
     spec.duration = duration;
-    spec.framesPerSecond = framesPerSecond;
+    spec.framesPerSecond = 10;
     return spec;
 }
-
-struct FrameTimeCase {
-    const char* name;
-    VideoSpec spec;
-    double shownTime;  // the time of the frame that must be taken
-};
 
 // The scene is black with a white block over the top-left quarter of each
 // side of the picture as it is shown.
@@ -137,11 +129,6 @@ TEST(VideoFrame, WithoutOneTheVideoIsStillRead) {
         EXPECT_FALSE(info->frame);
     }
 }
-
-struct RefusalCase {
-    const char* name;
-    std::function<std::string()> bytes;
-};
 
 struct DateCase {
     const char* name;

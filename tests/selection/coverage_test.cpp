@@ -7,7 +7,6 @@ namespace kinfolio {
 namespace {
 
 using namespace testing;
-using Strings = std::vector<std::string>;
 
 TEST(Summary, SystemLinesAloneAreNothingAndNotExported) {
     std::vector<Evidence> chosen = {message("c", 0, at(2025, 1, 5), ""),
