@@ -5,12 +5,12 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <pty.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <string>
@@ -69,12 +69,8 @@ TEST(Promises, AnExportKilledWhileDrawingLeavesTheOldFile) {
                                      target,   "--set",  "messagesPerMonth=0"};
 
     // On a terminal the program says how many pages it has drawn.
-    int terminal = ::posix_openpt(O_RDWR | O_NOCTTY);
-    ASSERT_GE(terminal, 0);
-    ASSERT_EQ(::grantpt(terminal), 0);
-    ASSERT_EQ(::unlockpt(terminal), 0);
-    int screen = ::open(::ptsname(terminal), O_RDWR | O_NOCTTY);
-    ASSERT_GE(screen, 0);
+    int terminal = -1, screen = -1;
+    ASSERT_EQ(::openpty(&terminal, &screen, nullptr, nullptr, nullptr), 0);
     pid_t pid = start(args, work.path() + "/log.txt", screen);
     ::close(screen);
     std::string shown;

@@ -1,13 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <map>
-#include <sstream>
-
-#include "cli/json_output.h"
-#include "example/example_folder.h"
-#include "model/json.h"
-#include "scan/scanner.h"
 #include "support/run_cli.h"
 #include "support/temp_folder.h"
 
@@ -37,7 +29,13 @@ protected:
         dir.write("Quillory/verification.txt", "Quillory verification report\nSHA-256 ...\n");
         dir.write("Quillory/Sam Lee.pdf", "%PDF-1.4 printed conversation");
         dir.write("Quillory/attachments/IMG_1.jpg", "\xFF\xD8\xFF\xE0 photo bytes");
-        dir.write("Telegram/result.json", telegram);
+        dir.write("Telegram/result.json", R"({"about": "x", "chats": {"list": [
+  {"name": "Sam Lee", "type": "personal_chat", "messages": [
+    {"type": "message", "date": "2025-05-03T20:07:00", "from": "Sam Lee", "text": "",
+     "photo": "chats/chat_001/photos/photo_1.jpg"}]},
+  {"name": "Family", "type": "private_group", "messages": [
+    {"type": "message", "date": "2025-05-04T10:00:00", "from": "Kim", "text": "Hello"}]}
+]}})");
         dir.write("Telegram/chats/chat_001/photos/photo_1.jpg", "telegram jpeg");
         dir.write(inbox + "message_1.json",
                   R"({"participants": [{"name": "Sam Lee"}, {"name": "Alex"}], "messages": [
@@ -53,13 +51,6 @@ protected:
 
     testing::ScopedHome home;
     testing::TempFolder dir;
-    const std::string telegram = R"({"about": "x", "chats": {"list": [
-  {"name": "Sam Lee", "type": "personal_chat", "messages": [
-    {"type": "message", "date": "2025-05-03T20:07:00", "from": "Sam Lee", "text": "",
-     "photo": "chats/chat_001/photos/photo_1.jpg"}]},
-  {"name": "Family", "type": "private_group", "messages": [
-    {"type": "message", "date": "2025-05-04T10:00:00", "from": "Kim", "text": "Hello"}]}
-]}})";
     const std::string inbox = "Facebook/your_facebook_activity/messages/inbox/sam_1/";
 };
 

@@ -3,7 +3,7 @@
 #include <sstream>
 
 #include "cli/commands.h"
-#include "scan/scanner.h"
+#include "model/text.h"
 #include "selection/items.h"
 #include "support/run_cli.h"
 #include "support/temp_folder.h"
@@ -36,18 +36,13 @@ TEST_F(SelectCommand, AFolderWithNothingReadable) {
 
     r = runCli({"select", materials, "--json", "--settings", settingsFile});
     ASSERT_EQ(r.status, 0) << r.err;
-    Json j = Json::parse(r.out);
-    std::vector<std::string> keys;
-    for (const auto& [key, value] : j.items())
-        keys.push_back(key);
-    EXPECT_EQ(keys, (std::vector<std::string>{"candidates", "selected", "summary", "exportCount",
-                                              "gapMonths", "samplingNote"}));
-    EXPECT_EQ(j["candidates"], 0);
-    EXPECT_EQ(j["selected"], Json::array());
-    EXPECT_EQ(j["summary"], "Nothing");
-    EXPECT_EQ(j["exportCount"], 0);
-    EXPECT_EQ(j["gapMonths"], Json::array());
-    EXPECT_EQ(j["samplingNote"], Selection::samplingNote(settings));
+    // The keys in this order, each with its value.
+    EXPECT_EQ(Json::parse(r.out), (Json{{"candidates", 0},
+                                        {"selected", Json::array()},
+                                        {"summary", "Nothing"},
+                                        {"exportCount", 0},
+                                        {"gapMonths", Json::array()},
+                                        {"samplingNote", Selection::samplingNote(settings)}}));
 }
 
 // Coverage lines first, then one line per item: date, sender or kind, the
@@ -68,18 +63,13 @@ TEST(SelectOutput, TextListsCoverageThenOneLinePerItem) {
     Settings settings;
     std::ostringstream out;
     cli::printSelection(out, scan, settings);
-    EXPECT_EQ(out.str(),
-              "2 messages, 1 photo\n"
-              "3 items in the export.\n"
-              "Nothing selected for Feb 2025, Mar 2025. Add material for those months if you have "
-              "it.\n" +
-                  Selection::samplingNote(settings) +
-                  "\n\n"
-                  "2025-01-05 09:30  Sam  " +
-                  sixty +
-                  "\n"
-                  "2025-01-06 10:00  (photo)\n"
-                  "2025-04-02 18:05  Alex  line one line two line three\n");
+    EXPECT_EQ(out.str(), join({"2 messages, 1 photo", "3 items in the export.",
+                               "Nothing selected for Feb 2025, Mar 2025. Add material for those "
+                               "months if you have it.",
+                               Selection::samplingNote(settings), "",
+                               "2025-01-05 09:30  Sam  " + sixty, "2025-01-06 10:00  (photo)",
+                               "2025-04-02 18:05  Alex  line one line two line three\n"},
+                              "\n"));
 }
 
 }  // namespace
