@@ -11,23 +11,17 @@ namespace {
 namespace fs = std::filesystem;
 using testing::runCli;
 
-class ExportCommand : public ::testing::Test {
-protected:
-    void SetUp() override {
-        // A month of chat, 12 messages, one of them saying the partner's name.
-        std::string chat;
-        for (int day = 1; day <= 12; ++day)
-            chat += "[" + std::to_string(day) + "/01/2025, 09:00:00] " +
-                    (day % 2 ? "Sam Lee" : "Alex Morgan") + ": Message number " +
-                    std::to_string(day) + (day == 6 ? ", see you soon Sam" : "") + "\n";
-        materials.write("Sam/_chat.txt", chat);
-    }
-
+TEST(ExportCommand, RefusalsEndInAMessageAndWriteNothing) {
     testing::ScopedHome home;
     testing::TempFolder materials, output;
-};
+    // A month of chat, 12 messages, one of them saying the partner's name.
+    std::string chat;
+    for (int day = 1; day <= 12; ++day)
+        chat += "[" + std::to_string(day) + "/01/2025, 09:00:00] " +
+                (day % 2 ? "Sam Lee" : "Alex Morgan") + ": Message number " + std::to_string(day) +
+                (day == 6 ? ", see you soon Sam" : "") + "\n";
+    materials.write("Sam/_chat.txt", chat);
 
-TEST_F(ExportCommand, RefusalsEndInAMessageAndWriteNothing) {
     fs::path cwd = fs::current_path();
     testing::TempFolder gone;
     using Args = std::vector<std::string>;

@@ -13,19 +13,15 @@ namespace {
 
 using namespace testing;
 
-// A materials folder and a settings file beside it (never inside the materials).
-class SelectCommand : public ::testing::Test {
-protected:
+TEST(SelectCommand, AFolderWithNothingReadable) {
     ScopedHome home;
+    // A materials folder and a settings file beside it (never inside the materials).
     TempFolder temp;
     std::string materials = temp.path() + "/materials";
-    std::string settingsFile = temp.write("settings.json", "{}");
-};
-
-TEST_F(SelectCommand, AFolderWithNothingReadable) {
+    std::string settingsFile =
+        temp.write("settings.json", R"({"messagesPerMonth": 3, "photosPerMonth": 2})");
     temp.write("materials/notes/shopping.txt", "milk\neggs\n");
     temp.write("materials/readme.xyz", "nothing to see");
-    temp.write("settings.json", R"({"messagesPerMonth": 3, "photosPerMonth": 2})");
     Settings settings;
     settings.messagesPerMonth = 3;
     settings.photosPerMonth = 2;

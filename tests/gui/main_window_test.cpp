@@ -42,12 +42,11 @@ using testing::TempFolder;
 // One message a day from 1 January 2025, each numbered so it is found alone.
 std::string chat(int messages, const std::string& partner) {
     std::string text;
-    for (int i = 1; i <= messages; ++i) {
-        Instant day = *Calendar::makeDate(2025, 1, 1, 9, 0) + 86400.0 * (i - 1);
-        text += "[" + Calendar::format(day, "dd/MM/yyyy, HH:mm:ss") + "] " +
+    Instant first = *Calendar::makeDate(2025, 1, 1, 9, 0);
+    for (int i = 1; i <= messages; ++i)
+        text += "[" + Calendar::format(first + 86400.0 * (i - 1), "dd/MM/yyyy, HH:mm:ss") + "] " +
                 (i % 2 ? partner : "Alex Morgan") + ": Note " + std::to_string(i) + " from " +
                 partner + ".\n";
-    }
     return text;
 }
 
