@@ -3,24 +3,17 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
 
-#include "app/export_job.h"
-#include "model/json.h"
-#include "scan/scanner.h"
 #include "support/fake_services.h"
-#include "support/pdf_reader.h"
 #include "support/temp_folder.h"
 
 namespace kinfolio {
 namespace {
 
 namespace fs = std::filesystem;
-using testing::readFile;
 
 // The model's own logic (timing, staleness, storage, export writing) with
-// instant stand-ins for scanning and rendering, and the whole road a user
-// takes with the real scanner, selection and PDF writer.
+// instant stand-ins for scanning and rendering.
 class AppModelTest : public ::testing::Test {
 protected:
     void SetUp() override { fs::create_directories(folder); }
@@ -30,7 +23,7 @@ protected:
 
     std::unique_ptr<AppModel> makeModel(AppServices services) {
         auto model = std::make_unique<AppModel>(executor, std::move(services), store());
-        model->observe([this] { ++notifications; });
+        model->observe([] {});  // a listener, as the window has one
         model->start();
         return model;
     }
@@ -50,7 +43,6 @@ protected:
     std::string folder = root.path() + "/materials";
     std::shared_ptr<testing::FakeLog> log = std::make_shared<testing::FakeLog>();
     ManualExecutor executor;
-    int notifications = 0;
 };
 
 TEST_F(AppModelTest, NothingSelectedClearsThePreviewAndRefusesExport) {
@@ -78,19 +70,15 @@ TEST_F(AppModelTest, ExportFailuresBecomeTheErrorMessage) {
         std::function<Output(const ExportInput&)> make;  // none: the fake's
         std::string target, error;
     };
+    const std::string missing = "The source file for an item is missing. Scan the folder again.";
     const Case cases[] = {
-        {"a folder that does not exist", {}, out("no such folder/x.pdf"), ""},
-        {"inside the materials folder",
-         {},
-         folder + "/x.pdf",
+        {"a folder that does not exist", nullptr, out("no such folder/x.pdf"), ""},
+        {"inside the materials folder", nullptr, folder + "/x.pdf",
          "Save the PDF outside the materials folder, so that Kinfolio does not read it as one of "
          "your records the next time it scans the folder."},
         {"the drawing refuses",
-         [](const ExportInput&) -> Output {
-             throw EvidenceError::invalid(
-                 "The source file for an item is missing. Scan the folder again.");
-         },
-         out("y.pdf"), "The source file for an item is missing. Scan the folder again."},
+         [missing](const ExportInput&) -> Output { throw EvidenceError::invalid(missing); },
+         out("y.pdf"), missing},
         {"the drawing breaks", [](const ExportInput&) -> Output { throw std::bad_alloc(); },
          out("z.pdf"), "Could not create the PDF."},
     };

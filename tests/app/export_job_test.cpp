@@ -3,16 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <functional>
-#include <map>
-#include <memory>
 
-#include "app/app_services.h"
 #include "model/text.h"
 #include "scan/scanner.h"
-#include "support/evidence_error.h"
-#include "support/fake_services.h"
-#include "support/full_disk.h"
 #include "support/pdf_reader.h"
 #include "support/temp_folder.h"
 
@@ -20,25 +13,23 @@ namespace kinfolio {
 namespace {
 
 TEST(ExportJobTest, PartsAreWrittenAtTheTargetOrNamedAfterIt) {
+    using Strings = std::vector<std::string>;
     struct Case {
         const char* name;
-        std::vector<std::string> parts;
+        Strings parts;
         int maxFileMB;
-        std::vector<std::string> files, notes;
+        Strings files, notes;
     };
     const std::string limit(1'000'000, 'x'), over(1'000'001, 'x');
     const Case cases[] = {
-        {"one part is the target itself", {"%PDF-one"}, 0, {"Evidence.pdf"}, {}},
-        {"a part just over the limit",
-         {"a", over, "c"},
-         1,
-         {"Evidence - Part 1 of 3.pdf", "Evidence - Part 2 of 3.pdf", "Evidence - Part 3 of 3.pdf"},
-         {ExportJob::splitMessage(3, 1), ExportJob::oversizeMessage(1)}},
-        {"a part of exactly the limit",
-         {"a", limit},
-         1,
-         {"Evidence - Part 1 of 2.pdf", "Evidence - Part 2 of 2.pdf"},
-         {ExportJob::splitMessage(2, 1)}},
+        {"one part is the target itself", Strings{"%PDF-one"}, 0, Strings{"Evidence.pdf"}, {}},
+        {"a part just over the limit", Strings{"a", over, "c"}, 1,
+         Strings{"Evidence - Part 1 of 3.pdf", "Evidence - Part 2 of 3.pdf",
+                 "Evidence - Part 3 of 3.pdf"},
+         Strings{ExportJob::splitMessage(3, 1), ExportJob::oversizeMessage(1)}},
+        {"a part of exactly the limit", Strings{"a", limit}, 1,
+         Strings{"Evidence - Part 1 of 2.pdf", "Evidence - Part 2 of 2.pdf"},
+         Strings{ExportJob::splitMessage(2, 1)}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);

@@ -25,9 +25,10 @@ protected:
 TEST_F(Cli, EveryCommandLineEndsInItsHelpOrTheSentenceForWhatIsWrong) {
     // What a command line prints: the start of the help it asks for, or the
     // whole sentence that says what is wrong.
+    using Args = std::vector<std::string>;
     struct Case {
         const char* name;
-        std::vector<std::string> args;
+        Args args;
         int status;
         std::string printed;
     };
@@ -36,59 +37,40 @@ TEST_F(Cli, EveryCommandLineEndsInItsHelpOrTheSentenceForWhatIsWrong) {
     std::string broken = dir.write("broken.json", R"({"title": )");
     std::string file = dir.write("file", "x");
     const Case cases[] = {
-        {"tool help", {"--help"}, 0, "kinfolio-cli: turn a folder"},
-        {"command help", {"scan", "--help"}, 0, "Usage: kinfolio-cli scan FOLDER"},
-        {"unknown command",
-         {"frobnicate"},
-         2,
+        {"tool help", Args{"--help"}, 0, "kinfolio-cli: turn a folder"},
+        {"command help", Args{"scan", "--help"}, 0, "Usage: kinfolio-cli scan FOLDER"},
+        {"unknown command", Args{"frobnicate"}, 2,
          "unknown command \"frobnicate\". Run kinfolio-cli --help to see the commands."},
-        {"unknown option", {"scan", "--bogus"}, 2, "Unknown option --bogus."},
-        {"option without value", {"scan", "--set"}, 2, "--set needs a value."},
-        {"set without =",
-         {"settings", "--set", "nokey"},
-         2,
+        {"unknown option", Args{"scan", "--bogus"}, 2, "Unknown option --bogus."},
+        {"option without value", Args{"scan", "--set"}, 2, "--set needs a value."},
+        {"set without =", Args{"settings", "--set", "nokey"}, 2,
          "--set needs KEY=VALUE, for example --set paper=letter."},
-        {"no folder", {"scan"}, 2, "give exactly one materials folder."},
-        {"not a folder", {"select", "/no/folder"}, 2, "/no/folder is not a folder."},
-        {"settings with an argument", {"settings", "x"}, 2, "settings takes no arguments."},
-        {"unreadable settings file",
-         {"settings", "--settings", "/no.json"},
-         2,
+        {"no folder", Args{"scan"}, 2, "give exactly one materials folder."},
+        {"not a folder", Args{"select", "/no/folder"}, 2, "/no/folder is not a folder."},
+        {"settings with an argument", Args{"settings", "x"}, 2, "settings takes no arguments."},
+        {"unreadable settings file", Args{"settings", "--settings", "/no.json"}, 2,
          "Could not read the settings file /no.json."},
-        {"settings file not JSON",
-         {"settings", "--settings", broken},
-         2,
+        {"settings file not JSON", Args{"settings", "--settings", broken}, 2,
          "The settings file " + broken + " is not valid JSON."},
-        {"example without folder",
-         {"example"},
-         2,
+        {"example without folder", Args{"example"}, 2,
          "give exactly one folder to write the example into."},
-        {"example over a file",
-         {"example", file},
-         1,
+        {"example over a file", Args{"example", file}, 1,
          file + " is a file, not a folder. Choose an empty or new folder for the example."},
-        {"two guides", {"guides", "a", "b"}, 2, "give at most one app."},
-        {"unknown key in a file",
-         {"settings", "--settings", bad},
-         2,
+        {"two guides", Args{"guides", "a", "b"}, 2, "give at most one app."},
+        {"unknown key in a file", Args{"settings", "--settings", bad}, 2,
          "There is no setting called \u201ctilte\u201d."},
-        {"wrong kind in a file",
-         {"settings", "--settings", wrong},
-         2,
+        {"wrong kind in a file", Args{"settings", "--settings", wrong}, 2,
          "The setting \u201cmaxFileMB\u201d must be a whole number."},
-        {"wrong kind in --set",
-         {"settings", "--set", "maxFileMB=ten"},
-         2,
+        {"wrong kind in --set", Args{"settings", "--set", "maxFileMB=ten"}, 2,
          "The setting \u201cmaxFileMB\u201d must be a whole number from 0 to 1000000."},
     };
     for (const auto& c : cases) {
         auto r = runCli(c.args);
         EXPECT_EQ(r.status, c.status) << c.name;
-        if (c.status == 0) {
+        if (c.status == 0)
             EXPECT_TRUE(r.out.starts_with(c.printed) && r.err.empty()) << c.name << r.out;
-        } else {
+        else
             EXPECT_EQ(r.out + r.err, "kinfolio-cli: " + c.printed + "\n") << c.name;
-        }
     }
     auto none = runCli({});  // the tool's help, as an error
     EXPECT_EQ(none.status, 2);

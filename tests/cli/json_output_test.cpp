@@ -2,25 +2,19 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <limits>
 #include <sstream>
 
 #include "example/example_folder.h"
 #include "scan/scanner.h"
+#include "support/pdf_reader.h"
 #include "support/temp_folder.h"
 
 namespace kinfolio::cli {
 namespace {
 
-Evidence item(double date, std::string text) {
-    Evidence e;
-    e.date = date;
-    e.text = std::move(text);
-    e.sender = "Sam \"Lee\"";
-    e.fileID = SharedText(std::string("ab12"));
-    e.position = 7;
-    return e;
+Evidence item(double date, const std::string& text) {
+    return testing::message("ab12", 7, date, "Sam \"Lee\"", text);
 }
 
 // The scan's JSON is written without a tree per item; every byte must still
@@ -60,13 +54,12 @@ TEST(ScanJson, WrittenItemsEqualTheLibrarysTree) {
 
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        ScanResult scan;
-        scan.folder = "/tmp/materials";
         Source source;
         source.id = "s1";
         source.items = {c.item, c.item};
-        scan.sources = {source, Source{}};
-        scan.skipped = {{"notes.docx", "Not a file type Kinfolio reads."}};
+        ScanResult scan{"/tmp/materials",
+                        {source, Source{}},
+                        {{"notes.docx", "Not a file type Kinfolio reads."}}};
         std::ostringstream written;
         writeJson(written, scan);
         EXPECT_EQ(written.str(), toJson(scan).dump(2) + "\n");

@@ -3,7 +3,7 @@
 #include <sstream>
 
 #include "cli/commands.h"
-#include "scan/scanner.h"
+#include "model/text.h"
 #include "selection/items.h"
 #include "support/run_cli.h"
 #include "support/temp_folder.h"
@@ -13,19 +13,15 @@ namespace {
 
 using namespace testing;
 
-// A materials folder and a settings file beside it (never inside the materials).
-class SelectCommand : public ::testing::Test {
-protected:
+TEST(SelectCommand, AFolderWithNothingReadable) {
     ScopedHome home;
+    // A materials folder and a settings file beside it (never inside the materials).
     TempFolder temp;
     std::string materials = temp.path() + "/materials";
-    std::string settingsFile = temp.write("settings.json", "{}");
-};
-
-TEST_F(SelectCommand, AFolderWithNothingReadable) {
+    std::string settingsFile =
+        temp.write("settings.json", R"({"messagesPerMonth": 3, "photosPerMonth": 2})");
     temp.write("materials/notes/shopping.txt", "milk\neggs\n");
     temp.write("materials/readme.xyz", "nothing to see");
-    temp.write("settings.json", R"({"messagesPerMonth": 3, "photosPerMonth": 2})");
     Settings settings;
     settings.messagesPerMonth = 3;
     settings.photosPerMonth = 2;
@@ -36,18 +32,13 @@ TEST_F(SelectCommand, AFolderWithNothingReadable) {
 
     r = runCli({"select", materials, "--json", "--settings", settingsFile});
     ASSERT_EQ(r.status, 0) << r.err;
-    Json j = Json::parse(r.out);
-    std::vector<std::string> keys;
-    for (const auto& [key, value] : j.items())
-        keys.push_back(key);
-    EXPECT_EQ(keys, (std::vector<std::string>{"candidates", "selected", "summary", "exportCount",
-                                              "gapMonths", "samplingNote"}));
-    EXPECT_EQ(j["candidates"], 0);
-    EXPECT_EQ(j["selected"], Json::array());
-    EXPECT_EQ(j["summary"], "Nothing");
-    EXPECT_EQ(j["exportCount"], 0);
-    EXPECT_EQ(j["gapMonths"], Json::array());
-    EXPECT_EQ(j["samplingNote"], Selection::samplingNote(settings));
+    // The keys in this order, each with its value.
+    EXPECT_EQ(Json::parse(r.out), (Json{{"candidates", 0},
+                                        {"selected", Json::array()},
+                                        {"summary", "Nothing"},
+                                        {"exportCount", 0},
+                                        {"gapMonths", Json::array()},
+                                        {"samplingNote", Selection::samplingNote(settings)}}));
 }
 
 // Coverage lines first, then one line per item: date, sender or kind, the
@@ -68,18 +59,13 @@ TEST(SelectOutput, TextListsCoverageThenOneLinePerItem) {
     Settings settings;
     std::ostringstream out;
     cli::printSelection(out, scan, settings);
-    EXPECT_EQ(out.str(),
-              "2 messages, 1 photo\n"
-              "3 items in the export.\n"
-              "Nothing selected for Feb 2025, Mar 2025. Add material for those months if you have "
-              "it.\n" +
-                  Selection::samplingNote(settings) +
-                  "\n\n"
-                  "2025-01-05 09:30  Sam  " +
-                  sixty +
-                  "\n"
-                  "2025-01-06 10:00  (photo)\n"
-                  "2025-04-02 18:05  Alex  line one line two line three\n");
+    EXPECT_EQ(out.str(), join({"2 messages, 1 photo", "3 items in the export.",
+                               "Nothing selected for Feb 2025, Mar 2025. Add material for those "
+                               "months if you have it.",
+                               Selection::samplingNote(settings), "",
+                               "2025-01-05 09:30  Sam  " + sixty, "2025-01-06 10:00  (photo)",
+                               "2025-04-02 18:05  Alex  line one line two line three\n"},
+                              "\n"));
 }
 
 }  // namespace

@@ -2,13 +2,10 @@
 
 #include <gtest/gtest.h>
 #include <time.h>
-#include <unistd.h>
-#include <QAbstractButton>
 #include <QAction>
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
-#include <QElapsedTimer>
 #include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
@@ -45,12 +42,11 @@ using testing::TempFolder;
 // One message a day from 1 January 2025, each numbered so it is found alone.
 std::string chat(int messages, const std::string& partner) {
     std::string text;
-    for (int i = 1; i <= messages; ++i) {
-        Instant day = *Calendar::makeDate(2025, 1, 1, 9, 0) + 86400.0 * (i - 1);
-        text += "[" + Calendar::format(day, "dd/MM/yyyy, HH:mm:ss") + "] " +
+    Instant first = *Calendar::makeDate(2025, 1, 1, 9, 0);
+    for (int i = 1; i <= messages; ++i)
+        text += "[" + Calendar::format(first + 86400.0 * (i - 1), "dd/MM/yyyy, HH:mm:ss") + "] " +
                 (i % 2 ? partner : "Alex Morgan") + ": Note " + std::to_string(i) + " from " +
                 partner + ".\n";
-    }
     return text;
 }
 
@@ -216,11 +212,9 @@ TEST_F(MainWindowTest, TenEditsRenderOncePreviewOf300ShowsTheNoteExportHoldsAll)
     ASSERT_TRUE(previewShown());
     EXPECT_EQ(state().selected.size(), 300u);
     EXPECT_EQ(lastRenderItems->load(), 250u);
-    QList<QLabel*> note = window->preview()->findChildren<QLabel*>();
-    bool noteShown = std::any_of(note.begin(), note.end(), [](QLabel* l) {
+    EXPECT_TRUE(std::ranges::any_of(window->preview()->findChildren<QLabel*>(), [](QLabel* l) {
         return l->isVisible() && l->text().endsWith("items; the export includes all)");
-    });
-    EXPECT_TRUE(noteShown);
+    }));
 
     // Typing ten letters into the title, faster than the preview's pause.
     int before = renders->load();
@@ -270,8 +264,7 @@ TEST_F(MainWindowTest, BadInputGetsASentenceNeverACrash) {
     // limit stands in for it).
     std::string blocker = out.write("a-file", "x");
     struct Case {
-        std::string target;
-        std::string starts;
+        std::string target, starts;
         bool fullDisk;
     } cases[] = {
         {blocker + "/Evidence.pdf", "Could not write " + blocker + "/", false},
@@ -311,9 +304,7 @@ TEST_F(MainWindowTest, ClosingDuringAScanOrAnExportLeavesNothingHalfWritten) {
     window.reset();
     // Closing waits for the export, so the file is there and whole, and
     // nothing else (no temporary file) is next to it.
-    std::vector<fs::path> written;
-    for (const auto& entry : fs::directory_iterator(out.path()))
-        written.push_back(entry.path());
+    std::vector<fs::path> written(fs::directory_iterator(out.path()), fs::directory_iterator{});
     ASSERT_EQ(written, std::vector<fs::path>{out.path() + "/closing.pdf"});
     EXPECT_GT(readPDF(testing::readFile(written.front())).pages.size(), 1u);
 }

@@ -1,20 +1,18 @@
 #include "scan/scanner.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <cstdio>
-#include <fstream>
-#include <map>
 #include <sstream>
 #include <thread>
 
 #include "cli/cli.h"
 #include "cli/json_output.h"
 #include "example/example_folder.h"
+#include "model/calendar.h"
 #include "model/parallel.h"
 #include "scan/scan_context.h"
 #include "support/scan_folder.h"
@@ -80,10 +78,8 @@ TEST(Scan, StopsAtTheFileLimitAndSaysSo) {
     TempFolder dir;
     for (size_t i = 0; i <= kMaxFiles; ++i) {
         char name[32];
-        std::snprintf(name, sizeof name, "/f%06zu.txt", i);
-        int fd = ::open((dir.path() + name).c_str(), O_CREAT | O_WRONLY, 0600);
-        ASSERT_GE(fd, 0);
-        ::close(fd);
+        std::snprintf(name, sizeof name, "f%06zu.txt", i);
+        dir.write(name, "");
     }
     EXPECT_EQ(listFiles(dir.path()).size(), kMaxFiles);
     ScanResult r = scan(dir.path(), DateOrder::automatic, "UTC");
@@ -166,18 +162,12 @@ TEST(Scan, GivesEachUnusableFileItsReason) {
 // break: a header line, continuation lines, invisible marks and attachments.
 std::string largeChat(size_t messages, size_t badLine = 0) {
     std::string chat = "Messages and calls are end-to-end encrypted.\n";
-    constexpr int kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-    char stamp[64];
+    Instant newYear = *Calendar::makeDate(2023, 1, 1);
     for (size_t i = 0; i < messages; ++i) {
         // 200 messages a day, one every seven minutes, through 2023.
-        int day = static_cast<int>(i / 200), month = 0;
-        while (day >= kDays[month])
-            day -= kDays[month++];
-        size_t minute = i % 200 * 7;
-        std::snprintf(stamp, sizeof stamp, "[%02d/%02d/2023, %02zu:%02zu:%02zu] ", day + 1,
-                      month + 1, minute / 60, minute % 60, i % 60);
+        Instant sent = newYear + 86400.0 * (i / 200) + 420.0 * (i % 200) + i % 60;
         if (i % 11 == 3) chat += "\u200E";
-        chat += stamp;
+        chat += "[" + Calendar::format(sent, "dd/MM/yyyy, HH:mm:ss") + "] ";
         chat += i % 2 ? "Sam Lee: " : "Alex: ";
         chat += "message number " + std::to_string(i);
         if (i % 7 == 0) chat += "\nand a second line\n\nafter an empty one";
@@ -204,11 +194,9 @@ TEST(Scan, OneThreadAndManyReadAndExportAFolderTheSame) {
     ExampleFolder::write(folder);
     std::string chat = largeChat(40000);
     ASSERT_GT(chat.size(), 2u << 20);  // two pieces at least
-    std::filesystem::create_directories(folder + "/Big");
-    std::ofstream(folder + "/Big/_chat.txt") << chat;
-    std::ofstream(folder + "/Big/00000001-PHOTO.jpg") << "not really a photo";
-    std::filesystem::create_directories(folder + "/Broken");
-    std::ofstream(folder + "/Broken/_chat.txt") << largeChat(40000, 35000);
+    temp.write("materials/Big/_chat.txt", chat);
+    temp.write("materials/Big/00000001-PHOTO.jpg", "not really a photo");
+    temp.write("materials/Broken/_chat.txt", largeChat(40000, 35000));
 
     std::string one = scanJson(folder, 1);
     EXPECT_EQ(scanJson(folder, 2), one);
