@@ -1,15 +1,23 @@
-// What the README promises, checked on the real program: a saved PDF is
+// What the README promises, checked on the real program: no network
+// connection, the materials folder left as it was, and a saved PDF that is
 // either the old one or a whole new one.
 
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
+#include <linux/audit.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
 #include <poll.h>
 #include <pty.h>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
+#include <cstddef>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -25,6 +33,43 @@ namespace {
 namespace fs = std::filesystem;
 
 const std::string kProgram = KINFOLIO_CLI_BINARY;
+constexpr int kNoFilter = 125;  // the child's exit status when the filter cannot be installed
+
+#if defined(__x86_64__)
+constexpr uint32_t kArchitecture = AUDIT_ARCH_X86_64;
+#elif defined(__aarch64__)
+constexpr uint32_t kArchitecture = AUDIT_ARCH_AARCH64;
+#else
+constexpr uint32_t kArchitecture = 0;  // not known here: the test is skipped
+#endif
+
+// System calls numbered from here are another interface to the kernel (x32
+// on x86-64) that could open a socket unseen.
+constexpr uint32_t kOtherCalls = 0x40000000;
+
+// Installs, in the calling process and everything it starts, a filter under
+// which opening any socket but a local (Unix) one ends the process at once,
+// as does a system call of another architecture or interface. Returns false
+// when the system offers no such filters.
+bool forbidInternetSockets() {
+    constexpr uint32_t kill = SECCOMP_RET_KILL_PROCESS, allow = SECCOMP_RET_ALLOW;
+    sock_filter program[] = {
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, arch)),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, kArchitecture, 1, 0),
+        BPF_STMT(BPF_RET | BPF_K, kill),
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+        BPF_JUMP(BPF_JMP | BPF_JGE | BPF_K, kOtherCalls, 5, 0),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, __NR_socket, 0, 3),
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, args[0])),  // the family
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, AF_UNIX, 1, 0),
+        BPF_STMT(BPF_RET | BPF_K, kill),
+        BPF_STMT(BPF_RET | BPF_K, allow),
+        BPF_STMT(BPF_RET | BPF_K, kill),
+    };
+    sock_fprog filter{static_cast<unsigned short>(std::size(program)), program};
+    return kArchitecture != 0 && ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
+           ::syscall(__NR_seccomp, SECCOMP_SET_MODE_FILTER, 0, &filter) == 0;
+}
 
 // How a child ended, as a person would say it.
 std::string ending(int status) {
@@ -34,8 +79,9 @@ std::string ending(int status) {
 }
 
 // Starts `args` with its output going to `log` and, if `stderrFd` is not -1,
-// its standard error to that descriptor.
-pid_t start(const std::vector<std::string>& args, const std::string& log, int stderrFd = -1) {
+// its standard error to that descriptor; under the socket filter if `guarded`.
+pid_t start(const std::vector<std::string>& args, const std::string& log, int stderrFd = -1,
+            bool guarded = false) {
     std::vector<char*> argv;
     for (const auto& a : args)
         argv.push_back(const_cast<char*>(a.c_str()));
@@ -45,8 +91,52 @@ pid_t start(const std::vector<std::string>& args, const std::string& log, int st
     int out = ::open(log.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
     ::dup2(out, STDOUT_FILENO);
     ::dup2(stderrFd >= 0 ? stderrFd : out, STDERR_FILENO);
+    if (guarded && !forbidInternetSockets()) ::_exit(kNoFilter);
     ::execv(argv[0], argv.data());
     ::_exit(127);
+}
+
+// Runs `args` to its end under the socket filter; how it ended.
+std::string run(const std::vector<std::string>& args, const std::string& log) {
+    int status = 0;
+    ::waitpid(start(args, log, -1, true), &status, 0);
+    return ending(status);
+}
+
+// The example folder written, scanned and saved as a PDF outside it, each
+// under the filter: none opens an internet socket, and the scan and the
+// export leave every file and folder of the example as it was. The first row
+// proves the filter would catch a program that does.
+TEST(Promises, NoInternetSocketAndTheMaterialsStayAsTheyWere) {
+    testing::ScopedHome home;
+    testing::TempFolder work;
+    std::string materials = work.path() + "/materials", log = work.path() + "/log.txt";
+    std::string openSocket = "exec 3<>/dev/tcp/127.0.0.1/9";
+    if (run({"/bin/bash", "-c", "exit 0"}, log) == "exit " + std::to_string(kNoFilter))
+        GTEST_SKIP() << "This system does not let a process install a seccomp filter, or its "
+                        "architecture is not one the filter knows.";
+
+    struct Step {
+        const char* name;
+        std::vector<std::string> args;
+        std::string ending;
+    };
+    const std::vector<Step> steps = {
+        {"a program that opens a socket",
+         {"/bin/bash", "-c", openSocket},
+         "killed: Bad system call"},
+        {"example", {kProgram, "example", materials}, "exit 0"},
+        {"scan", {kProgram, "scan", materials}, "exit 0"},
+        {"export", {kProgram, "export", materials, "-o", work.path()}, "exit 0"},
+    };
+    std::string before;
+    for (const auto& step : steps) {
+        EXPECT_EQ(run(step.args, log), step.ending) << step.name << "\n" << testing::readFile(log);
+        if (step.args[1] == "example") before = testing::folderFingerprint(materials);
+    }
+    EXPECT_EQ(testing::folderFingerprint(materials), before);
+    EXPECT_TRUE(
+        testing::qpdfCheckPasses(testing::readFile(work.path() + "/Relationship evidence.pdf")));
 }
 
 // An export killed while it draws its pages leaves the file of the last
