@@ -22,12 +22,8 @@ using Documents = testing::LayoutExport;
 // Drawn as it is, a page would print a hidden word that no rule can rewrite:
 // such a page is left out and says so, and the word is nowhere in the file.
 TEST_F(Documents, TheFirstPageIsDrawnAsTextAtItsShapeUnlessItHoldsHiddenText) {
-    struct Case {
-        const char* file;
-        testing::PDFSpec spec;
-        const char* words;
-        double width, height;  // drawn, in points
-    } cases[] = {
+    // File, document, words on its first page, drawn width and height in points.
+    const std::tuple<const char*, PDFSpec, const char*, double, double> cases[] = {
         // A4 portrait: the height limit of 360 points decides.
         {"Booking.pdf",
          PDFSpec({"Booking reference Issued: 3 March 2025", "Second page words"},
@@ -42,8 +38,8 @@ TEST_F(Documents, TheFirstPageIsDrawnAsTextAtItsShapeUnlessItHoldsHiddenText) {
              .onPaper(kPaper),
          "Turned page words", std::floor(495 * 0.62), std::floor(595 * (495 * 0.62 / 842))},
     };
-    for (const auto& c : cases)
-        materials.write(c.file, makePDF(c.spec));
+    for (const auto& [file, spec, words, width, height] : cases)
+        materials.write(file, makePDF(spec));
     materials.write("Lease.pdf", makePDF(PDFSpec({"Landlord: Harriet\nDunmore, 1 May 2025"},
                                                  "2025-01-01T00:00:00")));
 
@@ -53,16 +49,16 @@ TEST_F(Documents, TheFirstPageIsDrawnAsTextAtItsShapeUnlessItHoldsHiddenText) {
     EXPECT_EQ(read.allFlat().find("Dunmore"), std::string::npos) << read.allFlat();
     EXPECT_GE(pageWith(read, "(First page not shown: it holds hidden text.)"), 0);
     EXPECT_EQ(pageWith(read, "Second page words"), -1) << "only the first page is drawn";
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.file);
-        int page = pageWith(read, c.words);
+    for (const auto& [file, spec, words, width, height] : cases) {
+        SCOPED_TRACE(file);
+        int page = pageWith(read, words);
         ASSERT_GE(page, 0) << read.allFlat();
         testing::Raster raster = testing::rasterise(pdf, page, 1);
         testing::Box paper =
             testing::boxOf(raster, kPaper, {0, 0, raster.width - 1, raster.height - 1});
         ASSERT_FALSE(paper.empty());
-        EXPECT_NEAR(paper.maxX - paper.minX + 1, c.width, 2);
-        EXPECT_NEAR(paper.maxY - paper.minY + 1, c.height, 2);
+        EXPECT_NEAR(paper.maxX - paper.minX + 1, width, 2);
+        EXPECT_NEAR(paper.maxY - paper.minY + 1, height, 2);
     }
 }
 

@@ -12,7 +12,6 @@ using testing::readPDF;
 class PaginationTest : public ::testing::Test {
 protected:
     Layout layout{ExportInput{}};
-    const double bottom = 842 - 72;
 
     Piece named(const std::string& name, double height, bool keep = false, bool brk = false) {
         auto typeset = layout.lines(name, 10, 400);

@@ -46,13 +46,9 @@ ExportInput chatInput() {
     call.kind = ItemKind::call;
     call.detailsForWriting().duration = 725;
     input.items.push_back(call);
-    Evidence mail;
+    Evidence mail = message(kMail, 0, at(3, 3, 10), "", "Here are the tickets for our trip.");
     mail.kind = ItemKind::email;
-    mail.fileID = kMail;
-    mail.position = 0;
-    mail.date = at(3, 3, 10);
     mail.detailsForWriting().heading = "From: Alex Doe\nSubject: Tickets";
-    mail.text = "Here are the tickets for our trip.";
     input.items.push_back(mail);
     return input;
 }
@@ -65,16 +61,12 @@ protected:
     }
     static inline Output made;
     static inline testing::ReadPDF read;
-    const Output* output = &made;
-    const testing::ReadPDF* pdf = &read;
 };
 
 TEST_F(MadePDF, ShowsCoverMessagesCallsEmailAndAppendix) {
-    const size_t last = pdf->pages.size() - 1, any = SIZE_MAX;
-    const struct Case {
-        size_t page;  // the cover, the last page, or any
-        std::string text;
-    } cases[] = {
+    const size_t last = read.pages.size() - 1, any = SIZE_MAX;
+    // On the cover, the last page, or any.
+    const std::pair<size_t, std::string> cases[] = {
         {0, "Our story"},
         {0, "Applicant: Alex Doe"},
         {0, "Partner / sponsor: Jordan Roe"},
@@ -97,19 +89,18 @@ TEST_F(MadePDF, ShowsCoverMessagesCallsEmailAndAppendix) {
         {last, "SHA-256 " + kMail + " \u00b7 5 kB"},
         {last, "shown in America/New York time."},
     };
-    for (const auto& c : cases) {
-        std::string text = c.page > last ? pdf->allFlat() : pdf->flat(c.page);
-        EXPECT_NE(text.find(c.text), std::string::npos) << c.text;
-    }
+    for (const auto& [page, text] : cases)
+        EXPECT_NE((page > last ? read.allFlat() : read.flat(page)).find(text), std::string::npos)
+            << text;
 }
 
 TEST_F(MadePDF, SameInputGivesTheSameBytesWithOrWithoutProgress) {
     std::vector<std::pair<size_t, size_t>> reports;
     Output again = PDFExporter::make(
         chatInput(), [&reports](size_t done, size_t total) { reports.emplace_back(done, total); });
-    EXPECT_EQ(again.data, output->data);
+    EXPECT_EQ(again.data, made.data);
     // One report per drawn page, counting up to the page count.
-    ASSERT_EQ(reports.size(), static_cast<size_t>(output->pageCount));
+    ASSERT_EQ(reports.size(), static_cast<size_t>(made.pageCount));
     for (size_t i = 0; i < reports.size(); ++i)
         EXPECT_EQ(reports[i], std::make_pair(i + 1, reports.size()));
 }

@@ -20,11 +20,8 @@ using Importer::redact;
 // combining mark, full-width or compatibility letters. Only the characters of
 // the match are replaced; the rest keeps its own form.
 TEST(Redaction, ReplacesEveryFormOfEachRule) {
-    struct Case {
-        const char* name;
-        std::string text, rules, expected;
-    };
-    const Case cases[] = {
+    // Name, text, rules, expected.
+    const std::tuple<const char*, std::string, std::string, std::string> cases[] = {
         {"any case, inside words", "Sam, SAM and Samuel", "sam",
          "[REDACTED], [REDACTED] and [REDACTED]uel"},
         {"inside a word", "Hannah", "ann", "H[REDACTED]ah"},
@@ -67,8 +64,8 @@ TEST(Redaction, ReplacesEveryFormOfEachRule) {
         {"rule typed with a no-break space", "Sam Lee", "Sam\u00a0Lee", "[REDACTED]"},
         {"spaces elsewhere stay as written", "a  b\n\nc Sam", "sam", "a  b\n\nc [REDACTED]"},
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(redact(c.text, c.rules), c.expected) << c.name;
+    for (const auto& [name, text, rules, expected] : cases)
+        EXPECT_EQ(redact(text, rules), expected) << name;
 }
 
 enum class Form { nfc, nfd, nfkc, folded };
@@ -88,10 +85,8 @@ std::string inForm(std::string_view text, Form form) {
 std::string utf16BigEndian(std::string_view text) {
     icu::UnicodeString u = toUnicode(text);
     std::string bytes;
-    for (int32_t i = 0; i < u.length(); ++i) {
-        bytes += static_cast<char>(u[i] >> 8);
-        bytes += static_cast<char>(u[i] & 0xff);
-    }
+    for (int32_t i = 0; i < u.length(); ++i)
+        bytes += {static_cast<char>(u[i] >> 8), static_cast<char>(u[i] & 0xff)};
     return bytes;
 }
 

@@ -5,10 +5,7 @@
 #include <sys/stat.h>
 
 #include <chrono>
-#include <cmath>
-#include <cstdlib>
 #include <ctime>
-#include <filesystem>
 
 #include "media/test_images.h"
 #include "model/calendar.h"
@@ -31,11 +28,6 @@ Instant wallClock(time_t unixSeconds) {
     struct tm local {};
     ::localtime_r(&unixSeconds, &local);
     return instantFromUnix(static_cast<double>(unixSeconds)) + static_cast<double>(local.tm_gmtoff);
-}
-
-void setModified(const std::string& path, time_t unixSeconds) {
-    struct timespec times[2] = {{unixSeconds, 0}, {unixSeconds, 0}};
-    ASSERT_EQ(::utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
 }
 
 std::string jpeg(int w, int h, const std::vector<std::pair<std::string, std::string>>& tags = {}) {
@@ -96,7 +88,8 @@ TEST(ImageInfo, DatesAndScreenshotRules) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         std::string path = folder.write(c.name, c.bytes);
-        setModified(path, modified);
+        struct timespec times[2] = {{modified, 0}, {modified, 0}};
+        ASSERT_EQ(::utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
         auto info = Scanner::imageInfo(c.bytes, c.name);
         ASSERT_EQ(info.has_value(), c.opens);
         EXPECT_EQ(Scanner::fallbackDate(path), c.fallback.value_or(wallClock(modified)));

@@ -6,7 +6,6 @@
 #include <cmath>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 
 #include "media/test_images.h"
 #include "support/temp_folder.h"
@@ -20,51 +19,34 @@ using testing::solidImage;
 
 const std::string kID(64, 'a');
 
-vips::VImage decoded(const Scanner::Picture& p) {
-    return vips::VImage::new_from_buffer(p.jpeg.data(), p.jpeg.size(), "").copy_memory();
-}
-
-struct SizeCase {
-    const char* name;
-    std::function<std::string()> bytes;
-    int maxPixel;
-    int width, height;
-};
-
 TEST(Picture, ShrinksTurnsAndNeverEnlarges) {
-    const std::vector<SizeCase> cases = {
-        {"landscape.jpg", [] { return encode(solidImage(4000, 3000), ".jpg"); }, 1600, 1600, 1200},
-        {"portrait.png", [] { return encode(solidImage(1000, 2000), ".png"); }, 1600, 800, 1600},
-        {"small.png", [] { return encode(solidImage(300, 200), ".png"); }, 1600, 300, 200},
+    vips::VImage wide =
+        (solidImage(64, 32).cast(VIPS_FORMAT_USHORT) * 256)
+            .cast(VIPS_FORMAT_USHORT)
+            .copy(vips::VImage::option()->set("interpretation", VIPS_INTERPRETATION_RGB16));
+    // Name, bytes, largest side asked for, width and height given.
+    const std::tuple<const char*, std::string, int, int, int> cases[] = {
+        {"landscape.jpg", encode(solidImage(4000, 3000), ".jpg"), 1600, 1600, 1200},
+        {"portrait.png", encode(solidImage(1000, 2000), ".png"), 1600, 800, 1600},
+        {"small.png", encode(solidImage(300, 200), ".png"), 1600, 300, 200},
         {"turned.jpg",
-         [] {
-             return testing::withExif(encode(solidImage(400, 300), ".jpg"),
-                                      {{"Exif.Image.Orientation", "6"}});
-         },
+         testing::withExif(encode(solidImage(400, 300), ".jpg"), {{"Exif.Image.Orientation", "6"}}),
          1600, 300, 400},
-        {"grey-alpha.png", [] { return encode(solidImage(500, 250, 2, 128), ".png"); }, 100, 100,
-         50},
-        {"sixteen-bit.png",
-         [] {
-             vips::VImage wide = (solidImage(64, 32).cast(VIPS_FORMAT_USHORT) * 256)
-                                     .cast(VIPS_FORMAT_USHORT)
-                                     .copy(vips::VImage::option()->set("interpretation",
-                                                                       VIPS_INTERPRETATION_RGB16));
-             return encode(wide, ".png");
-         },
-         1600, 64, 32},
+        {"grey-alpha.png", encode(solidImage(500, 250, 2, 128), ".png"), 100, 100, 50},
+        {"sixteen-bit.png", encode(wide, ".png"), 1600, 64, 32},
     };
     testing::ScopedCacheHome cache;
     testing::TempFolder folder;
     char id = 'a';
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        std::string path = folder.write(c.name, c.bytes());
-        auto p = Scanner::picture(path, std::string(64, id++), c.maxPixel);
+    for (const auto& [name, bytes, maxPixel, width, height] : cases) {
+        SCOPED_TRACE(name);
+        std::string path = folder.write(name, bytes);
+        auto p = Scanner::picture(path, std::string(64, id++), maxPixel);
         ASSERT_TRUE(p);
-        EXPECT_EQ(std::pair(p->width, p->height), std::pair(c.width, c.height));
-        vips::VImage image = decoded(*p);
-        EXPECT_EQ(std::pair(image.width(), image.height()), std::pair(c.width, c.height));
+        EXPECT_EQ(std::pair(p->width, p->height), std::pair(width, height));
+        vips::VImage image =
+            vips::VImage::new_from_buffer(p->jpeg.data(), p->jpeg.size(), "").copy_memory();
+        EXPECT_EQ(std::pair(image.width(), image.height()), std::pair(width, height));
         EXPECT_EQ(image.bands(), 3);
         EXPECT_EQ(image.format(), VIPS_FORMAT_UCHAR);
     }

@@ -16,16 +16,6 @@ namespace {
 namespace fs = std::filesystem;
 using ExampleFolder::VideoSpec;
 
-// The still frame as a user would see it: the PNG in the cache, decoded.
-vips::VImage frameImage(const Scanner::VideoInfo& info) {
-    Scanner::detail::startImageLibraries();
-    return vips::VImage::new_from_file(info.frame.value().c_str()).copy_memory();
-}
-
-double greyAt(const vips::VImage& image, int x, int y) {
-    return image.getpoint(x, y)[0];
-}
-
 // A clip's bytes and an id for it, as the scan would give them.
 struct Clip {
     std::string bytes, id;
@@ -52,15 +42,8 @@ void markTopLeft(cairo_t* cr, double) {
     cairo_fill(cr);
 }
 
-struct GeometryCase {
-    const char* name;
-    int width, height, rotation;
-    double pixelAspect;
-    int frameWidth, frameHeight;
-};
-
 TEST(VideoFrame, IsUprightAndFitsTheLargestSide) {
-    const GeometryCase cases[] = {
+    const std::tuple<const char*, int, int, int, double, int, int> cases[] = {
         {"a small clip keeps its size", 64, 48, 0, 1, 64, 48},
         {"a phone clip filmed upright is taller than wide", 64, 48, 90, 1, 48, 64},
         {"a clip filmed upside down", 64, 48, 180, 1, 64, 48},
@@ -69,26 +52,29 @@ TEST(VideoFrame, IsUprightAndFitsTheLargestSide) {
         {"full HD fits within 1600 pixels", 1920, 1080, 0, 1, 1600, 900},
         {"full HD filmed upright", 1920, 1080, 90, 1, 900, 1600},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [name, width, height, rotation, pixelAspect, frameWidth, frameHeight] :
+         cases) {
+        SCOPED_TRACE(name);
         testing::ScopedCacheHome cache;
         VideoSpec spec = clipOf(0.2);
-        spec.width = c.width;
-        spec.height = c.height;
-        spec.rotation = c.rotation;
-        spec.pixelAspect = c.pixelAspect;
+        spec.width = width;
+        spec.height = height;
+        spec.rotation = rotation;
+        spec.pixelAspect = pixelAspect;
         spec.scene = markTopLeft;
         Clip clip(spec);
         auto info = Scanner::videoInfo(clip.bytes, clip.id);
         ASSERT_TRUE(info && info->frame);
-        vips::VImage frame = frameImage(*info);
-        EXPECT_EQ(frame.width(), c.frameWidth);
-        EXPECT_EQ(frame.height(), c.frameHeight);
+        // The still frame as a user would see it: the PNG in the cache, decoded.
+        Scanner::detail::startImageLibraries();
+        vips::VImage frame = vips::VImage::new_from_file(info->frame->c_str()).copy_memory();
+        EXPECT_EQ(frame.width(), frameWidth);
+        EXPECT_EQ(frame.height(), frameHeight);
         int nearX = frame.width() / 10, farX = frame.width() - 1 - nearX;
         int nearY = frame.height() / 10, farY = frame.height() - 1 - nearY;
-        EXPECT_GT(greyAt(frame, nearX, nearY), 200);
-        EXPECT_LT(greyAt(frame, farX, nearY), 50);
-        EXPECT_LT(greyAt(frame, nearX, farY), 50);
+        EXPECT_GT(frame.getpoint(nearX, nearY)[0], 200);
+        EXPECT_LT(frame.getpoint(farX, nearY)[0], 50);
+        EXPECT_LT(frame.getpoint(nearX, farY)[0], 50);
     }
 }
 
@@ -130,36 +116,30 @@ TEST(VideoFrame, WithoutOneTheVideoIsStillRead) {
     }
 }
 
-struct DateCase {
-    const char* name;
-    std::string creationTime;
-    std::optional<std::string> date;  // "yyyy-MM-dd HH:mm:ss"
-    std::string localCreationDate = "";
-};
-
 TEST(VideoInfo, DateIsTheRecordedCreationTimeAsWritten) {
-    const DateCase cases[] = {
-        {"a phone's creation time", "2025-06-14T10:00:00.000000Z", "2025-06-14 10:00:00"},
-        {"late in the evening", "2024-08-16T23:59:59Z", "2024-08-16 23:59:59"},
-        {"no creation time", "", std::nullopt},
+    // Name, creation time, local creation date, date read ("yyyy-MM-dd HH:mm:ss").
+    const std::tuple<const char*, std::string, std::string, std::optional<std::string>> cases[] = {
+        {"a phone's creation time", "2025-06-14T10:00:00.000000Z", "", "2025-06-14 10:00:00"},
+        {"late in the evening", "2024-08-16T23:59:59Z", "", "2024-08-16 23:59:59"},
+        {"no creation time", "", "", std::nullopt},
         // An iPhone's local time wins over the UTC creation time.
-        {"an iPhone's local time", "2024-08-16T18:05:12.000000Z", "2024-08-16 19:05:12",
-         "2024-08-16T19:05:12+0100"},
-        {"local time west of UTC", "", "2024-08-16 19:05:12", "2024-08-16T19:05:12-0700"},
-        {"an unreadable local time", "2024-08-16T18:05:12Z", "2024-08-16 18:05:12", "yesterday"},
+        {"an iPhone's local time", "2024-08-16T18:05:12.000000Z", "2024-08-16T19:05:12+0100",
+         "2024-08-16 19:05:12"},
+        {"local time west of UTC", "", "2024-08-16T19:05:12-0700", "2024-08-16 19:05:12"},
+        {"an unreadable local time", "2024-08-16T18:05:12Z", "yesterday", "2024-08-16 18:05:12"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [name, creationTime, localCreationDate, date] : cases) {
+        SCOPED_TRACE(name);
         testing::ScopedCacheHome cache;
         VideoSpec spec = clipOf(0.5);
-        spec.creationTime = c.creationTime;
-        spec.localCreationDate = c.localCreationDate;
+        spec.creationTime = creationTime;
+        spec.localCreationDate = localCreationDate;
         Clip clip(spec);
         auto info = Scanner::videoInfo(clip.bytes, clip.id);
         ASSERT_TRUE(info);
         std::optional<std::string> shown;
         if (info->date) shown = Calendar::format(*info->date, "yyyy-MM-dd HH:mm:ss");
-        EXPECT_EQ(shown, c.date);
+        EXPECT_EQ(shown, date);
     }
 }
 

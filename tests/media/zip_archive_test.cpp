@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <functional>
 
 #include "example/zip_writer.h"
 #include "support/evidence_error.h"
@@ -53,10 +52,8 @@ TEST(ZipArchive, ContentsAreExactlyTheDeclaredSizeOrRefused) {
     corrupt[30 + 5] = corrupt[30 + 6] = '\xFF';
     std::string badLocal = archive({{"a.txt", "hello", false}});
     badLocal[1] = 'X';
-    const struct {
-        const char* name;
-        std::string zip, contents;
-    } cases[] = {
+    // Name, archive, what its first entry unpacks to.
+    const std::tuple<const char*, std::string, std::string> cases[] = {
         {"Latin-1 name repaired", archive({{"caf\xE9.txt", "coffee"}}), "coffee"},
         {"stored entry ignores its recorded size",
          archive({{.path = "a.txt", .data = "hello", .deflate = false, .declaredSize = 99}}),
@@ -75,12 +72,12 @@ TEST(ZipArchive, ContentsAreExactlyTheDeclaredSizeOrRefused) {
          archive({{.path = "a.txt", .data = "abc", .declaredSize = 0xC0000000u}}),
          "Could not unpack a.txt."},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        auto zip = ZipArchive::fromBytes(c.zip);
+    for (const auto& [name, bytes, contents] : cases) {
+        SCOPED_TRACE(name);
+        auto zip = ZipArchive::fromBytes(bytes);
         std::string got;
         std::string error = errorOf([&] { got = zip.contents(zip.entries().at(0)); });
-        EXPECT_EQ(error == "(no error)" ? got : error, c.contents);
+        EXPECT_EQ(error == "(no error)" ? got : error, contents);
     }
     for (uint16_t method : {12, 14, 99}) {
         auto zip = ZipArchive::fromBytes(

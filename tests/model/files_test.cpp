@@ -6,7 +6,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <filesystem>
 #include <functional>
 #include <string>
 
@@ -16,22 +15,12 @@
 namespace kinfolio {
 namespace {
 
-std::string pattern(size_t size) {
-    std::string bytes(size, '\0');
-    for (size_t i = 0; i < size; ++i)
-        bytes[i] = static_cast<char>('a' + i % 23);
-    return bytes;
-}
-
 // Another program shrinking or rewriting a file while it is read: the bytes
 // past the new end read as zeros instead of a SIGBUS ending the process, and
 // the file says it changed.
 TEST(MappedFile, AFileChangedWhileReadSaysSoInsteadOfStoppingTheProcess) {
-    struct Case {
-        const char* name;
-        std::function<void(const std::string& path)> change;
-        bool changed;
-    } cases[] = {
+    // Name, what happens to the file while it is mapped, whether it says it changed.
+    const std::tuple<const char*, std::function<void(const std::string& path)>, bool> cases[] = {
         {"untouched", [](const std::string&) {}, false},
         {"emptied", [](const std::string& p) { ASSERT_EQ(::truncate(p.c_str(), 0), 0); }, true},
         {"cut after a page",
@@ -43,20 +32,22 @@ TEST(MappedFile, AFileChangedWhileReadSaysSoInsteadOfStoppingTheProcess) {
          },
          true},
     };
-    for (const auto& c : cases) {
+    for (const auto& [name, change, changed] : cases) {
         testing::TempFolder dir;
-        std::string bytes = pattern(6 * 4096 + 5);
+        std::string bytes(6 * 4096 + 5, '\0');
+        for (size_t i = 0; i < bytes.size(); ++i)
+            bytes[i] = static_cast<char>('a' + i % 23);
         std::string path = dir.write("chat.txt", bytes);
         auto file = MappedFile::open(path);
-        ASSERT_TRUE(file) << c.name;
-        c.change(path);
+        ASSERT_TRUE(file) << name;
+        change(path);
         // Every byte is touched, as hashing does.
         std::string copy(file->bytes());
-        EXPECT_EQ(file->changed(), c.changed) << c.name;
-        if (!c.changed) {
+        EXPECT_EQ(file->changed(), changed) << name;
+        if (!changed) {
             EXPECT_EQ(copy, bytes);
         }
-        if (std::string(c.name) == "emptied") {
+        if (std::string(name) == "emptied") {
             EXPECT_EQ(copy, std::string(bytes.size(), '\0'));
         }
     }
@@ -74,12 +65,7 @@ TEST(MappedFile, APipeOrADeviceIsRefusedWithoutWaiting) {
 // and what Kinfolio makes of it: a private folder of ours, or the refusal.
 TEST(PrivateCacheDirectory, IsOursAndClosedOrRefused) {
     enum class Before { nothing, openFolder, linkToOurs, linkToOthers, othersFolder };
-    struct Case {
-        const char* name;
-        Before before;
-        bool refused;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, Before, bool> cases[] = {
         {"made when missing", Before::nothing, false},
         {"an open folder is closed", Before::openFolder, false},
         {"a link to a folder of ours", Before::linkToOurs, true},
@@ -88,17 +74,17 @@ TEST(PrivateCacheDirectory, IsOursAndClosedOrRefused) {
     };
     bool root = ::getuid() == 0;
     for (const std::string sub : {"", "pictures"})
-        for (const Case& c : cases) {
-            SCOPED_TRACE(std::string(c.name) + (sub.empty() ? "" : " (" + sub + ")"));
+        for (const auto& [name, before, refused] : cases) {
+            SCOPED_TRACE(std::string(name) + (sub.empty() ? "" : " (" + sub + ")"));
             // Only root can make a folder of another user: root gives one away.
-            if (c.before == Before::othersFolder && !root) continue;
+            if (before == Before::othersFolder && !root) continue;
             testing::ScopedCacheHome home;
             testing::TempFolder elsewhere;
             std::string cache = home.path() + "/kinfolio";
             std::string place = sub.empty() ? cache : cache + "/" + sub;
             ASSERT_TRUE(sub.empty() || ::mkdir(cache.c_str(), 0700) == 0);
             std::string target = elsewhere.path();
-            bool others = c.before == Before::linkToOthers || c.before == Before::othersFolder;
+            bool others = before == Before::linkToOthers || before == Before::othersFolder;
             if (others && !root) target = "/tmp";
             if (target == elsewhere.path()) ::chmod(target.c_str(), 0755);
             ASSERT_TRUE(!others || !root || ::chown(target.c_str(), 65534, 65534) == 0);
@@ -108,7 +94,7 @@ TEST(PrivateCacheDirectory, IsOursAndClosedOrRefused) {
             };
             mode_t targetMode = modeOf(target);
             auto prepare = [&] {
-                switch (c.before) {
+                switch (before) {
                     case Before::nothing:
                         return true;
                     case Before::openFolder:
@@ -125,11 +111,11 @@ TEST(PrivateCacheDirectory, IsOursAndClosedOrRefused) {
             ASSERT_TRUE(prepare());
 
             std::string error = testing::errorOf([&] { privateCacheDirectory(sub); });
-            if (c.refused) {
+            if (refused) {
                 EXPECT_EQ(error,
                           "The cache folder " + place + " is not a private folder of this user.");
                 // Neither changed, nor made private through the link.
-                EXPECT_EQ(modeOf(c.before == Before::othersFolder ? place : target), targetMode);
+                EXPECT_EQ(modeOf(before == Before::othersFolder ? place : target), targetMode);
                 continue;
             }
             EXPECT_EQ(error, "(no error)");

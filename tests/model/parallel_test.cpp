@@ -40,15 +40,12 @@ TEST(Parallel, EveryPieceRunsOnceAndTheFirstFailureIsRethrown) {
 
 TEST(Parallel, ThreadsComeFromTheEnvironmentWhenItHoldsACount) {
     const unsigned cores = std::max(1u, std::thread::hardware_concurrency());
-    struct Case {
-        const char* value;
-        unsigned expected;
-    } cases[] = {{"3", 3},       {"1", 1},      {"0", cores}, {"-2", cores},
-                 {"two", cores}, {"4x", cores}, {"", cores}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.value);
-        ::setenv("KINFOLIO_THREADS", c.value, 1);
-        EXPECT_EQ(Parallel::threads(), c.expected);
+    const std::pair<const char*, unsigned> cases[] = {{"3", 3},      {"1", 1},       {"0", cores},
+                                                      {"-2", cores}, {"two", cores}, {"4x", cores},
+                                                      {"", cores}};
+    for (const auto& [value, expected] : cases) {
+        ::setenv("KINFOLIO_THREADS", value, 1);
+        EXPECT_EQ(Parallel::threads(), expected) << value;
     }
     Parallel::setThreads(5);
     EXPECT_EQ(Parallel::threads(), 5u);  // an explicit choice wins

@@ -11,13 +11,11 @@ namespace {
 
 // This computer's zone is only taken when ICU knows it.
 TEST(Settings, TheComputersZoneIsKnownOrUtc) {
-    struct Case {
-        const char* tz;
-        const char* zone;
-    } cases[] = {{"Asia/Kolkata", "Asia/Kolkata"}, {"Nowhere/Land", "UTC"}};
-    for (const auto& c : cases) {
-        testing::ScopedEnvironment tz("TZ", c.tz);
-        EXPECT_EQ(currentTimeZoneID(), c.zone) << c.tz;
+    const std::pair<const char*, const char*> cases[] = {{"Asia/Kolkata", "Asia/Kolkata"},
+                                                         {"Nowhere/Land", "UTC"}};
+    for (const auto& [tz, zone] : cases) {
+        testing::ScopedEnvironment computer("TZ", tz);
+        EXPECT_EQ(currentTimeZoneID(), zone) << tz;
     }
 }
 

@@ -1,7 +1,6 @@
 #include "model/text.h"
 
 #include <gtest/gtest.h>
-#include <sys/mman.h>
 
 namespace kinfolio {
 namespace {
@@ -15,20 +14,19 @@ TEST(Utf8, ValidityFindsABadByteBehindLongAsciiRuns) {
 }
 
 TEST(Utf16, ByteOrderMarkOrPlausibleText) {
-    EXPECT_EQ(decodeUtf16(std::string("\xFF\xFE"
-                                      "H\0i\0",
-                                      6)),
-              "Hi");
-    EXPECT_EQ(decodeUtf16(std::string("\xFE\xFF\0H\0i", 6)), "Hi");
-    EXPECT_EQ(decodeUtf16(std::string("H\0\xE9\0", 4)), "H\u00e9");  // little-endian, no mark
-    // Read little-endian first; U+0A00 is unassigned, so only big-endian fits.
-    EXPECT_EQ(decodeUtf16(std::string("\0H\0\n", 4)), "H\n");
-    EXPECT_EQ(decodeUtf16(std::string("\xFF\xFE"
-                                      "H\0i",
-                                      5)),
-              std::nullopt);                                                   // odd length
-    EXPECT_EQ(decodeUtf16(std::string("\xFF\xFE\x00\xD8", 4)), std::nullopt);  // lone surrogate
-    EXPECT_EQ(decodeUtf16(""), std::nullopt);
+    using namespace std::string_literals;
+    const std::pair<std::string, std::optional<std::string>> cases[] = {
+        {"\xFF\xFEH\0i\0"s, "Hi"},
+        {"\xFE\xFF\0H\0i"s, "Hi"},
+        {"H\0\xE9\0"s, "H\u00e9"},  // little-endian, no mark
+        // Read little-endian first; U+0A00 is unassigned, so only big-endian fits.
+        {"\0H\0\n"s, "H\n"},
+        {"\xFF\xFEH\0i"s, std::nullopt},      // odd length
+        {"\xFF\xFE\x00\xD8"s, std::nullopt},  // lone surrogate
+        {"", std::nullopt},
+    };
+    for (const auto& [bytes, text] : cases)
+        EXPECT_EQ(decodeUtf16(bytes), text) << bytes.size();
 }
 
 TEST(Text, DecimalValueOfDigitsOfAnyScript) {

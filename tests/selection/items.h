@@ -7,6 +7,7 @@
 #include "model/calendar.h"
 #include "model/source.h"
 #include "selection/selection.h"
+#include "support/chat_items.h"
 
 // Small builders for the synthetic scans of the selection tests.
 namespace kinfolio::testing {
@@ -17,13 +18,8 @@ inline Instant at(int year, int month, int day, int hour = 12, int minute = 0, i
 
 inline Evidence item(ItemKind kind, std::string fileID, int64_t position, Instant date,
                      std::string sender = "") {
-    Evidence e;
+    Evidence e = message(fileID, position, date, sender, "item " + std::to_string(position));
     e.kind = kind;
-    e.fileID = std::move(fileID);
-    e.position = position;
-    e.date = date;
-    e.sender = std::move(sender);
-    e.text = "item " + std::to_string(position);
     return e;
 }
 

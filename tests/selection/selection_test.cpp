@@ -27,21 +27,11 @@ IdSet setOf(const Selection::ItemRefs& items) {
     return IdSet(list.begin(), list.end());
 }
 
-std::vector<Evidence> values(const Selection::ItemRefs& items) {
-    std::vector<Evidence> result;
-    for (const Evidence* e : items)
-        result.push_back(*e);
-    return result;
-}
-
 // Whole days: a range runs from the first day's midnight to the midnight
 // after the last day, whatever times of day the settings hold.
 TEST(InRange, RunsFromMidnightToTheMidnightAfterTheLastDay) {
-    const struct Case {
-        const char* name;
-        Instant first, last, date;
-        bool in;
-    } cases[] = {
+    // Name, first and last day of the range, the item's date, whether it is in.
+    const std::tuple<const char*, Instant, Instant, Instant, bool> cases[] = {
         {"day before", at(2025, 3, 9, 15, 30), at(2025, 3, 9, 8), at(2025, 3, 8, 23, 59, 59), 0},
         {"first moment", at(2025, 3, 9, 15, 30), at(2025, 3, 9, 8), at(2025, 3, 9, 0, 0, 0), 1},
         {"last second", at(2025, 3, 9, 15, 30), at(2025, 3, 9, 8), at(2025, 3, 9, 23, 59, 59), 1},
@@ -51,13 +41,13 @@ TEST(InRange, RunsFromMidnightToTheMidnightAfterTheLastDay) {
         {"day after the last", at(2025, 1, 1), at(2025, 1, 31), at(2025, 2, 1, 0), 0},
         {"day before the first", at(2025, 1, 1), at(2025, 1, 31), at(2024, 12, 31, 23), 0},
     };
-    for (const auto& c : cases) {
+    for (const auto& [name, first, last, date, in] : cases) {
         Settings settings;
-        settings.rangeStart = c.first;
-        settings.rangeEnd = c.last;
-        EXPECT_TRUE(Selection::inRange(message("f", 0, c.date), settings)) << "range off";
+        settings.rangeStart = first;
+        settings.rangeEnd = last;
+        EXPECT_TRUE(Selection::inRange(message("f", 0, date), settings)) << "range off";
         settings.limitDates = true;
-        EXPECT_EQ(Selection::inRange(message("f", 0, c.date), settings), c.in) << c.name;
+        EXPECT_EQ(Selection::inRange(message("f", 0, date), settings), in) << name;
     }
 }
 
@@ -173,12 +163,8 @@ IdSet sample(std::vector<Evidence> items, int perMonth) {
         sortByDateAndPosition(group);
         size_t n = group.size(), k = static_cast<size_t>(perMonth);
         for (size_t i = 0; i < std::min(n, k); ++i) {
-            size_t at =
-                k >= n ? i
-                : k == 1
-                    ? 0
-                    : static_cast<size_t>(std::round(double(n - 1) * double(i) / double(k - 1)));
-            taken.insert(group[at].id());
+            double spaced = k > 1 ? std::round(double(n - 1) * double(i) / double(k - 1)) : 0;
+            taken.insert(group[k >= n ? i : static_cast<size_t>(spaced)].id());
         }
     }
     return taken;
@@ -292,8 +278,10 @@ TEST(Selected, MatchesThePlainRulesOnRandomScans) {
             }
         ASSERT_EQ(setOf(Selection::proposed(scan, s)), plain::proposed(scan, s))
             << "round " << round;
-        ASSERT_EQ(values(Selection::selected(scan, s)), plain::selected(scan, s))
-            << "round " << round;
+        std::vector<Evidence> selected;
+        for (const Evidence* e : Selection::selected(scan, s))
+            selected.push_back(*e);
+        ASSERT_EQ(selected, plain::selected(scan, s)) << "round " << round;
         for (const auto& source : scan.sources) {
             ASSERT_EQ(Selection::sample(refs(source.items), s.messagesPerMonth),
                       plain::sample(source.items, s.messagesPerMonth));

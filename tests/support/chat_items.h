@@ -8,6 +8,18 @@
 
 namespace kinfolio::testing {
 
+// A message item of a file.
+inline Evidence message(const std::string& fileID, int64_t position, double date,
+                        const std::string& sender, const std::string& text) {
+    Evidence e;
+    e.fileID = fileID;
+    e.position = position;
+    e.date = date;
+    e.sender = sender;
+    e.text = text;
+    return e;
+}
+
 // A chat's item as one line, so a whole chat is checked against a table:
 // "<position> <date and time as written> <sender>: <text>", with "note" for
 // the sender of a system line, then "[attachment]" when one is named and

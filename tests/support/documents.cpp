@@ -11,9 +11,7 @@
 
 namespace kinfolio::testing {
 
-namespace {
-
-std::string drawn(const PDFSpec& spec) {
+std::string makePDF(const PDFSpec& spec) {
     double width = 595, height = 842;
     std::string pdf;
     cairo_surface_t* surface =
@@ -45,13 +43,6 @@ std::string drawn(const PDFSpec& spec) {
     cairo_destroy(cr);
     cairo_surface_finish(surface);
     cairo_surface_destroy(surface);
-    return pdf;
-}
-
-}  // namespace
-
-std::string makePDF(const PDFSpec& spec) {
-    std::string pdf = drawn(spec);
     if (spec.created && !spec.password && spec.rotate == 0) return pdf;
 
     // What cairo cannot write (no creation date, a password, a turned page)

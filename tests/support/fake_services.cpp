@@ -1,5 +1,7 @@
 #include "support/fake_services.h"
 
+#include "support/chat_items.h"
+
 namespace kinfolio::testing {
 
 AppServices fakeServices(std::shared_ptr<FakeLog> log, size_t messages) {
@@ -12,21 +14,15 @@ AppServices fakeServices(std::shared_ptr<FakeLog> log, size_t messages) {
         log->scannedOrders.push_back(order);
         ScanResult scan;
         scan.folder = folder;
-        Source chat;
+        Source& chat = scan.sources.emplace_back();
         chat.id = "chat1";
         chat.kind = SourceKind::whatsapp;
         chat.name = "Sam Lee";
         chat.files = {{"chat.txt", "f1", 100}};
-        for (size_t i = 0; i < messages; ++i) {
-            Evidence e;
-            e.fileID = "f1";
-            e.position = static_cast<int64_t>(i);
-            e.date = 86400.0 * static_cast<double>(messages - i);
-            e.sender = i % 2 ? "Sam" : "Alex";
-            e.text = "message " + std::to_string(i);
-            chat.items.push_back(e);
-        }
-        scan.sources.push_back(chat);
+        for (size_t i = 0; i < messages; ++i)
+            chat.items.push_back(message("f1", static_cast<int64_t>(i),
+                                         86400.0 * static_cast<double>(messages - i),
+                                         i % 2 ? "Sam" : "Alex", "message " + std::to_string(i)));
         return scan;
     };
     s.make = [log](const ExportInput& input) {

@@ -7,6 +7,7 @@
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFOutlineDocumentHelper.hh>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <memory>
@@ -19,8 +20,7 @@ namespace kinfolio::testing {
 namespace {
 
 std::string flatten(std::string text) {
-    for (char& c : text)
-        if (c == '\n') c = ' ';
+    std::ranges::replace(text, '\n', ' ');
     return text;
 }
 
@@ -86,9 +86,8 @@ ReadPDF readPDF(const std::string& bytes) {
 
 Raster rasterise(const std::string& bytes, int pageIndex, double scale) {
     OpenPage opened(bytes, pageIndex);
-    PopplerPage* page = opened.page;
     double w = 0, h = 0;
-    poppler_page_get_size(page, &w, &h);
+    poppler_page_get_size(opened.page, &w, &h);
     Raster raster;
     raster.width = static_cast<int>(std::ceil(w * scale));
     raster.height = static_cast<int>(std::ceil(h * scale));
@@ -98,7 +97,7 @@ Raster rasterise(const std::string& bytes, int pageIndex, double scale) {
     cairo_set_source_rgb(cr, 1, 1, 1);
     cairo_paint(cr);
     cairo_scale(cr, scale, scale);
-    poppler_page_render(page, cr);
+    poppler_page_render(opened.page, cr);
     cairo_destroy(cr);
     cairo_surface_flush(surface);
     const unsigned char* data = cairo_image_surface_get_data(surface);
@@ -140,11 +139,10 @@ Box boxOf(const Raster& raster, uint32_t colour, Box region) {
 
 std::string textRightOf(const std::string& bytes, int pageIndex, const std::string& label) {
     OpenPage opened(bytes, pageIndex);
-    PopplerPage* page = opened.page;
-    char* text = poppler_page_get_text(page);
+    char* text = poppler_page_get_text(opened.page);
     PopplerRectangle* rects = nullptr;
     guint count = 0;
-    poppler_page_get_text_layout(page, &rects, &count);
+    poppler_page_get_text_layout(opened.page, &rects, &count);
     std::string result;
     // Layout rectangles come one per character of the text. The cover names a
     // section above the contents ("Period: …") and a section that starts on
@@ -171,12 +169,11 @@ std::string textRightOf(const std::string& bytes, int pageIndex, const std::stri
 
 std::vector<double> imageResolutions(const std::string& bytes, int pageIndex) {
     OpenPage opened(bytes, pageIndex);
-    PopplerPage* page = opened.page;
     std::vector<double> result;
-    GList* mappings = poppler_page_get_image_mapping(page);
+    GList* mappings = poppler_page_get_image_mapping(opened.page);
     for (GList* m = mappings; m; m = m->next) {
         auto* mapping = static_cast<PopplerImageMapping*>(m->data);
-        cairo_surface_t* image = poppler_page_get_image(page, mapping->image_id);
+        cairo_surface_t* image = poppler_page_get_image(opened.page, mapping->image_id);
         if (!image) continue;
         double drawn = mapping->area.x2 - mapping->area.x1;
         result.push_back(cairo_image_surface_get_width(image) / drawn);
@@ -243,18 +240,6 @@ std::map<std::string, std::string> information(const std::string& bytes) {
         for (const auto& key : info.getKeys())
             result[key] = info.getKey(key).getUTF8Value();
     return result;
-}
-
-Evidence message(const std::string& fileID, int64_t position, double date,
-                 const std::string& sender, const std::string& text) {
-    Evidence e;
-    e.kind = ItemKind::message;
-    e.fileID = fileID;
-    e.position = position;
-    e.date = date;
-    e.sender = sender;
-    e.text = text;
-    return e;
 }
 
 bool qpdfCheckPasses(const std::string& bytes) {

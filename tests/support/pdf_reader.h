@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "layout/pdf_exporter.h"
+#include "support/chat_items.h"
 
 // Reading a made PDF back the way a user meets it: through poppler, as text
 // per page and as pixels.
@@ -64,9 +65,5 @@ std::vector<std::pair<std::string, int>> outline(const std::string& bytes);
 
 // The document information dictionary: "/Creator" and the like, as text.
 std::map<std::string, std::string> information(const std::string& bytes);
-
-// A message item of a file.
-Evidence message(const std::string& fileID, int64_t position, double date,
-                 const std::string& sender, const std::string& text);
 
 }  // namespace kinfolio::testing

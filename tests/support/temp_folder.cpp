@@ -74,16 +74,13 @@ std::string folderFingerprint(const std::string& folder) {
 
 ScopedEnvironment::ScopedEnvironment(std::string name, const std::string& value)
     : name_(std::move(name)) {
-    if (const char* old = std::getenv(name_.c_str())) {
-        previous_ = old;
-        hadPrevious_ = true;
-    }
+    if (const char* old = std::getenv(name_.c_str())) previous_ = old;
     ::setenv(name_.c_str(), value.c_str(), 1);
 }
 
 ScopedEnvironment::~ScopedEnvironment() {
-    if (hadPrevious_)
-        ::setenv(name_.c_str(), previous_.c_str(), 1);
+    if (previous_)
+        ::setenv(name_.c_str(), previous_->c_str(), 1);
     else
         ::unsetenv(name_.c_str());
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -40,8 +41,8 @@ public:
     ScopedEnvironment& operator=(const ScopedEnvironment&) = delete;
 
 private:
-    std::string name_, previous_;
-    bool hadPrevious_ = false;
+    std::string name_;
+    std::optional<std::string> previous_;
 };
 
 // Points $XDG_CACHE_HOME at a temporary folder for the life of the object,
@@ -58,15 +59,8 @@ private:
 
 // The same for the settings and the cache together, as a command run by a
 // test sees them.
-class ScopedHome {
-public:
-    ScopedHome()
-        : config_("XDG_CONFIG_HOME", folder_.path()), cache_("XDG_CACHE_HOME", folder_.path()) {}
-    const std::string& path() const { return folder_.path(); }
-
-private:
-    TempFolder folder_;
-    ScopedEnvironment config_, cache_;
+class ScopedHome : public ScopedCacheHome {
+    ScopedEnvironment config_{"XDG_CONFIG_HOME", path()};
 };
 
 }  // namespace kinfolio::testing
