@@ -47,10 +47,16 @@ TEST_F(Pictures, AScreenshotLineWithAHiddenWordIsBlackedOutAndTheOtherStaysReada
     EXPECT_EQ(testing::folderFingerprint(materials.path()), before);
 }
 
-// The window scans first and exports later: a photo deleted in between costs
-// its picture, never the export.
-TEST_F(Pictures, APhotoDeletedAfterTheScanCostsOnlyItsPicture) {
-    materials.write("kept.jpg", testing::encode(testing::noiseImage(64, 48), ".jpg"));
+// A photo is embedded without its camera data (maker, place). The window
+// scans first and exports later: a photo deleted in between costs its
+// picture, never the export.
+TEST_F(Pictures, PhotosCarryNoExifAndOneDeletedAfterTheScanCostsOnlyItsPicture) {
+    std::string photo = testing::withExif(testing::encode(testing::noiseImage(64, 48), ".jpg"),
+                                          {{"Exif.Image.Make", "KinfolioTestCam"},
+                                           {"Exif.GPSInfo.GPSLatitudeRef", "N"},
+                                           {"Exif.GPSInfo.GPSLatitude", "51/1 30/1 0/1"}});
+    ASSERT_NE(photo.find("KinfolioTestCam"), std::string::npos);
+    materials.write("kept.jpg", photo);
     std::string gone =
         materials.write("gone.jpg", testing::encode(testing::noiseImage(48, 64), ".jpg"));
     std::string pdf = exportAfterScan([&] { std::filesystem::remove(gone); });
@@ -59,6 +65,9 @@ TEST_F(Pictures, APhotoDeletedAfterTheScanCostsOnlyItsPicture) {
     for (size_t page = 0; page < read.pages.size(); ++page)
         pictures += testing::imageResolutions(pdf, static_cast<int>(page)).size();
     EXPECT_EQ(pictures, 1u);
+    EXPECT_NE(pdf.find("\xFF\xD8\xFF"), std::string::npos) << "the photo is embedded as JPEG";
+    EXPECT_EQ(pdf.find("Exif"), std::string::npos);
+    EXPECT_EQ(pdf.find("KinfolioTestCam"), std::string::npos);
     EXPECT_NE(read.allFlat().find("gone.jpg"), std::string::npos)
         << "the appendix still lists the file that was read";
 }

@@ -25,24 +25,6 @@ std::string fileID(char c) {
     return std::string(64, c);
 }
 
-TEST(TextRecognition, AnswersFromTheProcessThenFromTheDisk) {
-    testing::ScopedCacheHome cache;
-    testing::TempFolder folder;
-    std::string path = folder.write("Screenshot.png", chatShot());
-    auto first = Scanner::recognizeText(path, fileID('b'));
-    ASSERT_FALSE(first.empty());
-
-    // Were the image read again, the blank page would give no lines.
-    folder.write("Screenshot.png", encode(testing::solidImage(900, 500, 1), ".png"));
-    EXPECT_EQ(Scanner::recognizeText(path, fileID('b')), first);
-
-    fs::remove(path);
-    Scanner::detail::clearTextCacheForTesting();
-    std::string stored = cache.path() + "/kinfolio/text/" + fileID('b') + ".json";
-    ASSERT_TRUE(fs::exists(stored));
-    EXPECT_EQ(Scanner::recognizeText(path, fileID('b')), first);
-}
-
 TEST(TextRecognition, ADamagedCacheEntryIsMadeAgain) {
     testing::ScopedCacheHome cache;
     testing::TempFolder folder;
