@@ -1,4 +1,5 @@
 #include "importers/whatsapp.h"
+#include "importers/whatsapp_line.h"
 
 #include <gtest/gtest.h>
 
@@ -72,6 +73,14 @@ TEST(WhatsApp, RefusalsNameTheLine) {
     };
     for (const auto& [text, order, message] : cases)
         EXPECT_EQ(testing::errorOf([&] { whatsapp(text, "f", order); }), message) << text;
+}
+
+// Android's "p.m." is read as PM; a marker spelt any other way is left
+// for the locale forms to read.
+TEST(WhatsApp, NormalisesOnlyExactDottedMarkers) {
+    EXPECT_EQ(normaliseTimestamp("5/1/25, 9:04 P.M."), "5/1/25 9:04 PM");
+    EXPECT_EQ(normaliseTimestamp("5/1/25, 9:04 a.m."), "5/1/25 9:04 AM");
+    EXPECT_EQ(normaliseTimestamp("5/1/25, 9:04 p. m."), "5/1/25 9:04 p. m.");
 }
 
 // A line of tens of megabytes (a pasted file, a hostile export) is one
