@@ -2,7 +2,6 @@
 
 #include <charconv>
 #include <cmath>
-#include <cstring>
 
 #include "model/calendar.h"
 #include "model/parallel.h"
@@ -95,13 +94,10 @@ std::string nested(const Json& value, int depth) {
 // a tree per item for a million items took seconds. Strings that are not valid
 // UTF-8, and numbers other than whole ones, are left to the library, so every
 // byte is still the library's.
-bool needsEscape(const char* eight) {
-    constexpr uint64_t ones = 0x0101010101010101, highs = 0x8080808080808080;
-    uint64_t w;
-    std::memcpy(&w, eight, 8);
-    auto hasZero = [&](uint64_t v) { return ((v - ones) & ~v & highs) != 0; };
-    bool control = ((w - ones * 0x20) & ~w & highs) != 0;
-    return control || hasZero(w ^ (ones * '"')) || hasZero(w ^ (ones * '\\'));
+
+// Whether any of eight bytes is one JSON escapes.
+bool needsEscape(uint64_t eight) {
+    return anyByteBelow(eight, 0x20) || anyByteIs(eight, '"') || anyByteIs(eight, '\\');
 }
 
 void appendString(std::string& out, std::string_view s) {
@@ -115,7 +111,7 @@ void appendString(std::string& out, std::string_view s) {
     for (size_t i = 0; i < s.size(); ++i) {
         // Eight bytes at a time while none is a control character, a quote
         // mark or a backslash: most text has none of them.
-        while (i + 8 <= s.size() && !needsEscape(s.data() + i))
+        while (i + 8 <= s.size() && !needsEscape(eightBytes(s.data() + i)))
             i += 8;
         if (i == s.size()) break;
         auto c = static_cast<unsigned char>(s[i]);

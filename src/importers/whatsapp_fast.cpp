@@ -6,12 +6,12 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
-#include <cstring>
 #include <vector>
 
 #include "importers/dates.h"
 #include "model/calendar.h"
 #include "model/parallel.h"
+#include "model/text.h"
 
 namespace kinfolio::Importer::fast {
 
@@ -115,12 +115,9 @@ bool timestampPart(Cursor& c) {
     return !c.unsure;
 }
 
-// Whether any of eight bytes is below 0x0E or above 0x7F.
-bool mayEndALine(const char* eight) {
-    constexpr uint64_t ones = 0x0101010101010101, highs = 0x8080808080808080;
-    uint64_t w;
-    std::memcpy(&w, eight, 8);
-    return (w & highs) != 0 || ((w - ones * 0x0E) & ~w & highs) != 0;
+// Whether any of eight bytes is below 0x0E or outside ASCII.
+bool mayEndALine(uint64_t eight) {
+    return anyNonAscii(eight) || anyByteBelow(eight, 0x0E);
 }
 
 bool isLineTerminatorAt(std::string_view s, size_t i) {
@@ -268,7 +265,7 @@ OrderClues orderClues(std::string_view text) {
         // Eight bytes at a time while none is a control character below
         // 0x0E or a byte of a multi-byte character: most chats are mostly
         // ASCII.
-        while (i + 8 <= text.size() && !mayEndALine(text.data() + i))
+        while (i + 8 <= text.size() && !mayEndALine(eightBytes(text.data() + i)))
             i += 8;
         if (i == text.size()) break;
         auto b = static_cast<unsigned char>(text[i]);

@@ -42,12 +42,8 @@ bool isValidUtf8(std::string_view bytes) {
     size_t n = bytes.size(), i = 0;
     while (i < n) {
         // Fast path over ASCII, eight bytes at a time.
-        while (i + 8 <= n) {
-            uint64_t w;
-            __builtin_memcpy(&w, s + i, 8);
-            if (w & 0x8080808080808080ULL) break;
+        while (i + 8 <= n && !anyNonAscii(eightBytes(bytes.data() + i)))
             i += 8;
-        }
         if (i >= n) break;
         if (s[i] < 0x80) {
             ++i;

@@ -4,6 +4,7 @@
 #include <unicode/unistr.h>
 
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <optional>
 #include <string>
@@ -18,6 +19,25 @@ icu::UnicodeString toUnicode(std::string_view utf8);
 std::string toUtf8(const icu::UnicodeString& text);
 
 bool isValidUtf8(std::string_view bytes);
+
+// Eight bytes of a text as one word, and tests on all eight at once, for
+// skipping the long plain runs of large texts. Each answers for the word as a
+// whole, exactly.
+inline uint64_t eightBytes(const char* at) {
+    uint64_t word;
+    std::memcpy(&word, at, 8);
+    return word;
+}
+inline bool anyNonAscii(uint64_t word) {
+    return (word & 0x8080808080808080ULL) != 0;
+}
+// Whether a byte is below `n`, which is at most 0x80.
+inline bool anyByteBelow(uint64_t word, uint8_t n) {
+    return ((word - 0x0101010101010101ULL * n) & ~word & 0x8080808080808080ULL) != 0;
+}
+inline bool anyByteIs(uint64_t word, char c) {
+    return anyByteBelow(word ^ (0x0101010101010101ULL * static_cast<uint8_t>(c)), 1);
+}
 // Ill-formed sequences become U+FFFD.
 std::string repairUtf8(std::string_view bytes);
 // UTF-16 with a byte-order mark, or without one when the bytes read as

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace kinfolio {
 namespace {
 
@@ -11,6 +13,23 @@ TEST(Utf8, ValidityFindsABadByteBehindLongAsciiRuns) {
     EXPECT_FALSE(isValidUtf8(std::string(37, 'a') + "\xC3"));          // cut short at the end
     EXPECT_FALSE(isValidUtf8(std::string(16, 'a') + "\xED\xA0\x80"));  // a surrogate
     EXPECT_FALSE(isValidUtf8("\xC0\xAF"));                             // an overlong slash
+}
+
+// Every byte value at every place of a plain word: the eight-at-once tests
+// answer as a byte-by-byte look would.
+TEST(EightBytes, AnswerAsEachByteLookedAtAlone) {
+    for (int place = 0; place < 8; ++place)
+        for (int value = 0; value < 256; ++value) {
+            std::string bytes = "abcdefgh";
+            bytes[static_cast<size_t>(place)] = static_cast<char>(value);
+            uint64_t word = eightBytes(bytes.data());
+            auto any = [&](auto rule) { return std::ranges::any_of(bytes, rule); };
+            auto byte = [](char c) { return static_cast<unsigned char>(c); };
+            EXPECT_EQ(anyNonAscii(word), any([&](char c) { return byte(c) >= 0x80; })) << value;
+            EXPECT_EQ(anyByteBelow(word, 0x20), any([&](char c) { return byte(c) < 0x20; }));
+            EXPECT_EQ(anyByteBelow(word, 0x0E), any([&](char c) { return byte(c) < 0x0E; }));
+            EXPECT_EQ(anyByteIs(word, '"'), any([](char c) { return c == '"'; })) << value;
+        }
 }
 
 TEST(Utf16, ByteOrderMarkOrPlausibleText) {
