@@ -1,9 +1,19 @@
 #include "layout/layout.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 
+#include "model/parallel.h"
+
 namespace kinfolio {
+
+namespace {
+
+// The typesetter of a thread at work in typesetInParallel; none elsewhere.
+thread_local Typesetter* threadType = nullptr;
+
+}  // namespace
 
 Layout::Layout(ExportInput in)
     : input(std::move(in)),
@@ -22,13 +32,26 @@ Layout::Layout(ExportInput in)
     }
 }
 
-const PangoFontDescription* Layout::font(double pointSize, bool bold, bool italic) {
-    return type_->font(pointSize, bold, italic);
-}
-
 std::vector<Line> Layout::lines(std::string_view text, double pointSize, double width, Paint colour,
                                 bool bold, bool italic) {
-    return type_->lines(text, pointSize, width, colour, bold, italic);
+    Typesetter& type = threadType ? *threadType : *type_;
+    return type.lines(text, pointSize, width, colour, bold, italic);
+}
+
+void Layout::typesetInParallel(size_t count, const std::function<void(size_t)>& make) {
+    // Below this many a thread costs more than it saves.
+    constexpr size_t kLeastPerThread = 32;
+    const size_t parts = std::clamp<size_t>(count / kLeastPerThread, 1, Parallel::threads());
+    while (helperTypes_.size() + 1 < parts)
+        helperTypes_.push_back(std::make_unique<Typesetter>());
+    Parallel::forEach(parts, [&](size_t k) {
+        struct Own {
+            explicit Own(Typesetter* type) { threadType = type; }
+            ~Own() { threadType = nullptr; }
+        } own(k == 0 ? type_.get() : helperTypes_[k - 1].get());
+        for (size_t i = k * count / parts; i < (k + 1) * count / parts; ++i)
+            make(i);
+    });
 }
 
 void Layout::drawLine(cairo_t* cr, const Line& line, double x, double baseline) {

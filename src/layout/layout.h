@@ -2,6 +2,7 @@
 
 #include <climits>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -32,8 +33,7 @@ public:
 
     double contentWidth() const { return size.width - 2 * margin; }
 
-    // Text.
-    const PangoFontDescription* font(double size, bool bold = false, bool italic = false);
+    // Text, typeset by the typesetter of the calling thread (see typesetInParallel).
     std::vector<Line> lines(std::string_view text, double size, double width,
                             Paint colour = Colours::ink, bool bold = false, bool italic = false);
     void drawLine(cairo_t* cr, const Line& line, double x, double baseline);
@@ -69,7 +69,9 @@ public:
     std::vector<Piece> cover(const std::map<std::string, int>& contentsPages);
     std::vector<Piece> appendix();
 
-    // Per item.
+    // Per item: the headings its date opens in its section (a day, and in an
+    // arrangement by type a month), then the item.
+    std::vector<Piece> entry(const Section& section, size_t index);
     std::vector<Piece> render(const Evidence& item);
     Piece daySeparator(const std::string& text);
     std::string sourceLabel(const Evidence& item) const;
@@ -96,6 +98,12 @@ private:
     std::map<std::string, int> sourceNumbers;
     std::vector<std::string> sourceOrder;
     std::unique_ptr<Typesetter> type_;
+    // One more for each further thread that typesets; kept, since the lines
+    // they made are drawn later.
+    std::vector<std::unique_ptr<Typesetter>> helperTypes_;
+    // Runs make(i) for every i in [0, count) on every core, a contiguous
+    // range per thread, each thread typesetting with its own typesetter.
+    void typesetInParallel(size_t count, const std::function<void(size_t)>& make);
     Importer::Redactor redactor_;
     // Timeline and appendix do not change between the two passes.
     std::optional<std::vector<Piece>> body_;

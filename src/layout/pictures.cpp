@@ -1,14 +1,13 @@
 #include <cairo.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cmath>
 #include <memory>
 #include <set>
-#include <thread>
 
 #include "layout/layout.h"
 #include "media/pictures.h"
+#include "model/parallel.h"
 
 namespace kinfolio {
 
@@ -109,21 +108,10 @@ void Layout::preparePictures(const std::vector<Evidence>& items) {
     // Decoding is the slow part of a document of photos: every core takes
     // pictures from one list, and the layout then finds them ready.
     std::vector<std::optional<Scanner::Picture>> results(requests.size());
-    std::atomic<size_t> next{0};
-    auto work = [&] {
-        for (size_t i = next++; i < requests.size(); i = next++) {
-            const PictureRequest& r = requests[i].second;
-            results[i] = Scanner::picture(r.path, r.fileID, kMaxPixel, r.mask);
-        }
-    };
-    size_t threads =
-        std::min<size_t>(std::max(1u, std::thread::hardware_concurrency()), requests.size());
-    std::vector<std::thread> workers;
-    for (size_t t = 1; t < threads; ++t)
-        workers.emplace_back(work);
-    work();
-    for (auto& worker : workers)
-        worker.join();
+    Parallel::forEach(requests.size(), [&](size_t i) {
+        const PictureRequest& r = requests[i].second;
+        results[i] = Scanner::picture(r.path, r.fileID, kMaxPixel, r.mask);
+    });
     for (size_t i = 0; i < requests.size(); ++i) {
         std::optional<Prepared> ready;
         if (results[i])

@@ -76,8 +76,21 @@ std::vector<Layout::Section> Layout::sections() const {
 
 std::vector<Piece> Layout::timeline() {
     preparePictures(input.items);
+    const std::vector<Section> all = sections();
+    std::vector<std::pair<size_t, size_t>> places;  // (section, item)
+    for (size_t k = 0; k < all.size(); ++k)
+        for (size_t i = 0; i < all[k].items.size(); ++i)
+            places.emplace_back(k, i);
+    // Shaping text is most of the work; the entries do not depend on one
+    // another, so every core takes a share.
+    std::vector<std::vector<Piece>> entries(places.size());
+    typesetInParallel(places.size(), [&](size_t j) {
+        entries[j] = entry(all[places[j].first], places[j].second);
+    });
+
     std::vector<Piece> pieces;
-    for (const auto& section : sections()) {
+    size_t next = 0;
+    for (const auto& section : all) {
         auto heading =
             textBlock(section.title, 16, true, Colours::ink, section.spacing, contentWidth());
         for (auto& piece : heading)
@@ -86,26 +99,30 @@ std::vector<Piece> Layout::timeline() {
         // its contents row then names that page.
         heading.front().marker = section.key;
         append(pieces, std::move(heading));
-
-        std::string month, day;
-        for (const auto& item : section.items) {
-            if (s.arrangement == Arrangement::byType && Calendar::monthKey(item.date) != month) {
-                month = Calendar::monthKey(item.date);
-                auto sub = textBlock(Calendar::format(item.date, "MMMM yyyy"), 12, true,
-                                     Colours::ink, 2, contentWidth());
-                for (auto& piece : sub)
-                    piece.keepWithNext = true;
-                append(pieces, std::move(sub));
-            }
-            std::string dayText = Calendar::format(item.date, "EEEE, MMMM d, yyyy");
-            if (dayText != day) {
-                day = dayText;
-                pieces.push_back(daySeparator(dayText));
-            }
-            append(pieces, render(item));
-        }
+        for (size_t i = 0; i < section.items.size(); ++i)
+            append(pieces, std::move(entries[next++]));
         pieces.push_back(Piece{10, false, false, std::nullopt, nullptr});
     }
+    return pieces;
+}
+
+std::vector<Piece> Layout::entry(const Section& section, size_t index) {
+    const Evidence& item = section.items[index];
+    const Evidence* previous = index > 0 ? &section.items[index - 1] : nullptr;
+    std::vector<Piece> pieces;
+    if (s.arrangement == Arrangement::byType &&
+        (!previous || Calendar::monthKey(previous->date) != Calendar::monthKey(item.date))) {
+        auto sub = textBlock(Calendar::format(item.date, "MMMM yyyy"), 12, true, Colours::ink, 2,
+                             contentWidth());
+        for (auto& piece : sub)
+            piece.keepWithNext = true;
+        append(pieces, std::move(sub));
+    }
+    const char* dayPattern = "EEEE, MMMM d, yyyy";
+    std::string day = Calendar::format(item.date, dayPattern);
+    if (!previous || Calendar::format(previous->date, dayPattern) != day)
+        pieces.push_back(daySeparator(day));
+    append(pieces, render(item));
     return pieces;
 }
 

@@ -30,7 +30,10 @@ std::string validText(std::string_view text) {
 }  // namespace
 
 Typesetter::Typesetter() {
-    context_ = pango_font_map_create_context(pango_cairo_font_map_get_default());
+    // Not the thread's default map: pieces typeset on a helper thread are
+    // drawn on another one, so the map goes with the instance.
+    fontMap_ = pango_cairo_font_map_new();
+    context_ = pango_font_map_create_context(fontMap_);
     // Pango assumes 96 dpi; layout units here are points.
     pango_cairo_context_set_resolution(context_, 72);
     pango_context_set_round_glyph_positions(context_, FALSE);
@@ -48,6 +51,7 @@ Typesetter::~Typesetter() {
     for (auto& [key, font] : fonts_)
         pango_font_description_free(font.description);
     g_object_unref(context_);
+    g_object_unref(fontMap_);
 }
 
 Typesetter::Font& Typesetter::fontEntry(double size, bool bold, bool italic) {

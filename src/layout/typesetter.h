@@ -26,7 +26,8 @@ struct Line {
 // Shapes, breaks, measures and draws text with Pango. One sans-serif family
 // is asked for everywhere (Noto Sans, else DejaVu Sans) so a file comes out
 // the same on every machine; fontconfig's fallback supplies the glyphs of
-// other scripts and emoji. One instance per export, used by one thread.
+// other scripts and emoji. Each instance has its own font map, so instances
+// may work on separate threads; one instance serves one thread at a time.
 class Typesetter {
 public:
     Typesetter();
@@ -58,6 +59,7 @@ private:
     void drawColourRun(cairo_t* cr, const char* text, PangoGlyphItem* run, double x,
                        double baseline);
 
+    PangoFontMap* fontMap_ = nullptr;
     PangoContext* context_ = nullptr;
     // Attributes of every paragraph: no hyphens added where a word breaks.
     std::shared_ptr<PangoAttrList> noHyphens_;
