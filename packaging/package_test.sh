@@ -46,6 +46,14 @@ cli=$root/usr/bin/kinfolio-cli
 grep -q "Usage: kinfolio-cli COMMAND" "$work/help.txt" || fail "unexpected help: $(cat "$work/help.txt")"
 grep -q "export FOLDER" "$work/help.txt" || fail "help does not list export"
 
+# The media module is found from where the program is: the example folder,
+# written by the unpacked program, holds photos and a video made by it.
+modules=("$root"/usr/lib/kinfolio/kinfolio-media.so)
+[ -f "${modules[0]}" ] || fail "the media module kinfolio-media.so is missing"
+[[ $depends == *libvips* ]] || fail "Depends lacks the media module's libvips"
+HOME=$work XDG_CACHE_HOME=$work/cache "$cli" example "$work/example" >"$work/example.txt" 2>&1 ||
+  fail "kinfolio-cli example from the package: $(cat "$work/example.txt")"
+[ -s "$work/example/Videos/VID_20240816_190512.mp4" ] || fail "the example has no video"
 for f in usr/share/man/man1/kinfolio-cli.1.gz usr/share/doc/kinfolio/copyright \
   usr/share/doc/kinfolio/changelog.gz; do
   [ -s "$root/$f" ] || fail "$f is missing"

@@ -2,12 +2,14 @@
 
 #include <cairo.h>
 
+#include <cmath>
 #include <functional>
 #include <string>
 #include <vector>
 
-// Video clips made with FFmpeg's libraries, for the example folder and the
-// tests: the size, frame times, turn and date a phone would write.
+// Video clips made with FFmpeg's libraries (in the media module), for the
+// example folder and the tests: the size, frame times, turn and date a phone
+// would write.
 namespace kinfolio::ExampleFolder {
 
 struct VideoSpec {
@@ -45,11 +47,26 @@ struct VideoSpec {
 
 // The grey level of a frame that shows its time, 10 levels apart for frames
 // a tenth of a second apart (wrapping every 2.4 s).
-int timeGrey(double seconds);
+inline int timeGrey(double seconds) {
+    return 16 + static_cast<int>(std::llround(seconds * 100) % 240);
+}
 
 // The bytes of an .mp4 file (H.264, or MPEG-4 Part 2 where no H.264 encoder
 // is installed). The same bytes on every run with the same libraries.
 // Throws EvidenceError when the libraries cannot make it.
 std::string video(const VideoSpec& spec);
+
+// What the example takes from the media module: its videos, and its photos
+// as a camera (JPEG with EXIF tags) or a messenger (JPEG without) writes them.
+struct ExampleMediaFunctions {
+    size_t size = sizeof(ExampleMediaFunctions);  // checked against the module's
+    std::string (*video)(const VideoSpec& spec);
+    std::string (*jpegOf)(const std::string& png);
+    std::string (*withExif)(const std::string& jpeg,
+                            const std::vector<std::pair<std::string, std::string>>& tags);
+};
+// The module's table, loaded on first use; throws EvidenceError when the
+// module cannot be loaded.
+const ExampleMediaFunctions& media();
 
 }  // namespace kinfolio::ExampleFolder

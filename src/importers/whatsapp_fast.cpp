@@ -324,8 +324,10 @@ std::optional<std::optional<DateOrder>> detectOrder(std::string_view text) {
         all.dayFirst |= p.dayFirst;
         all.monthFirst |= p.monthFirst;
     }
-    if (!all.any || all.dayFirst == all.monthFirst) return std::optional<DateOrder>();
-    return std::optional<DateOrder>(all.dayFirst ? DateOrder::dayFirst : DateOrder::monthFirst);
+    std::optional<DateOrder> found;  // none: no clue, or clues for both orders
+    if (all.any && all.dayFirst != all.monthFirst)
+        found = all.dayFirst ? DateOrder::dayFirst : DateOrder::monthFirst;
+    return std::make_optional(found);
 }
 
 }  // namespace kinfolio::Importer::fast

@@ -1,5 +1,4 @@
 #include <cmath>
-#include <memory>
 
 #include "layout/layout.h"
 #include "media/documents.h"
@@ -7,22 +6,15 @@
 namespace kinfolio {
 
 std::vector<Piece> Layout::documentPiece(const std::string& path) {
-    double width = 0, height = 0;
-    {
-        Scanner::FirstPage page = Scanner::firstPage(path);
-        if (!page) return {};
-        // A page drawn as it is prints its own words, which no hidden-text
-        // rule can rewrite: a page that holds one is left out and says so.
-        if (hiddenRuleCount() > 0) {
-            std::string words = Scanner::pageText(page.get());
-            if (redact(words) != words)
-                return textBlock("(First page not shown: it holds hidden text.)", 9, false,
-                                 Colours::muted, 0, contentWidth());
-        }
-        // Already in the orientation the page is shown in: a page turned by
-        // 90 or 270 degrees reports its width and height swapped.
-        poppler_page_get_size(page.get(), &width, &height);
-    }
+    // Its text is only needed to find hidden words in it.
+    auto page = Scanner::firstPageFacts(path, hiddenRuleCount() > 0);
+    if (!page) return {};
+    // A page drawn as it is prints its own words, which no hidden-text rule
+    // can rewrite: a page that holds one is left out and says so.
+    if (redact(page->text) != page->text)
+        return textBlock("(First page not shown: it holds hidden text.)", 9, false, Colours::muted,
+                         0, contentWidth());
+    const double width = page->width, height = page->height;
     if (!(width >= 1 && height >= 1)) return {};
     double scale = std::min({contentWidth() * 0.62 / width, 360 / height, 1.5});
     double drawnWidth = std::floor(width * scale), drawnHeight = std::floor(height * scale);
@@ -34,8 +26,6 @@ std::vector<Piece> Layout::documentPiece(const std::string& path) {
                                                                             double top) {
         // Opened again here and let go at once: an export of hundreds of
         // documents never holds them all open.
-        Scanner::FirstPage page = Scanner::firstPage(path);
-        if (!page) return;  // gone since the layout: the space stays empty
         cairo_save(cr);
         // A sheet of paper, so a page without its own background reads as one.
         cairo_rectangle(cr, x, top, drawnWidth, drawnHeight);
@@ -45,8 +35,9 @@ std::vector<Piece> Layout::documentPiece(const std::string& path) {
         cairo_translate(cr, x, top);
         cairo_scale(cr, drawnWidth / width, drawnHeight / height);
         // Vectors onto our page: its text stays text, its images keep their
-        // own compression. Printing mode draws what the page would print.
-        poppler_page_render_for_printing(page.get(), cr);
+        // own compression. Gone since the layout, the page leaves its sheet
+        // empty.
+        Scanner::drawFirstPage(cr, path);
         cairo_restore(cr);
         cairo_save(cr);
         cairo_rectangle(cr, x - 0.25, top - 0.25, drawnWidth + 0.5, drawnHeight + 0.5);

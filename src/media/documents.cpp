@@ -1,13 +1,10 @@
 #include "media/documents.h"
 
-#include <poppler.h>
-
 #include <array>
-#include <memory>
 #include <vector>
 
 #include "importers/text_dates.h"
-#include "model/calendar.h"
+#include "media/module.h"
 #include "model/text.h"
 
 namespace kinfolio::Scanner {
@@ -38,8 +35,6 @@ const std::array<Category, 4>& categories() {
 constexpr size_t kCategoryChars = 3000;
 constexpr size_t kDateChars = 4000;
 
-using DocumentPtr = std::unique_ptr<PopplerDocument, GObjectUnref>;
-
 // Whether the text holds a year of this century or the last: four digits
 // starting 19 or 20.
 bool holdsFullYear(std::string_view text) {
@@ -51,53 +46,18 @@ bool holdsFullYear(std::string_view text) {
     return false;
 }
 
-std::optional<Instant> wallClock(GDateTime* when) {
-    if (!when) return std::nullopt;
-    return Calendar::makeDate(g_date_time_get_year(when), g_date_time_get_month(when),
-                              g_date_time_get_day_of_month(when), g_date_time_get_hour(when),
-                              g_date_time_get_minute(when), g_date_time_get_second(when));
-}
-
 }  // namespace
 
-FirstPage firstPage(const std::string& path) {
-    char* uri = g_filename_to_uri(path.c_str(), nullptr, nullptr);
-    if (!uri) return nullptr;
-    GError* error = nullptr;
-    DocumentPtr document(poppler_document_new_from_file(uri, nullptr, &error));
-    g_free(uri);
-    if (error) g_error_free(error);
-    if (!document || poppler_document_get_n_pages(document.get()) < 1) return nullptr;
-    // The page holds its own reference to the document.
-    return FirstPage(poppler_document_get_page(document.get(), 0));
-}
-
-std::string pageText(PopplerPage* page) {
-    char* text = poppler_page_get_text(page);
-    std::string result = text ? repairUtf8(text) : "";
-    g_free(text);
-    return result;
-}
-
 std::optional<DocumentInfo> documentInfo(std::string_view bytes) {
-    if (bytes.empty()) return std::nullopt;
-    // The bytes stay mapped for the whole call; poppler reads them in place.
-    GBytes* data = g_bytes_new_static(bytes.data(), bytes.size());
-    GError* error = nullptr;
-    DocumentPtr document(poppler_document_new_from_bytes(data, nullptr, &error));
-    g_bytes_unref(data);
-    if (error) g_error_free(error);
-    if (!document || poppler_document_get_n_pages(document.get()) < 1) return std::nullopt;
-    FirstPage first(poppler_document_get_page(document.get(), 0));
-    if (!first) return std::nullopt;
+    return detail::mediaModule().documentInfo(bytes);
+}
 
-    DocumentInfo info;
-    info.firstPageText = pageText(first.get());
-    if (GDateTime* created = poppler_document_get_creation_date_time(document.get())) {
-        info.created = wallClock(created);
-        g_date_time_unref(created);
-    }
-    return info;
+std::optional<PageFacts> firstPageFacts(const std::string& path, bool withText) {
+    return detail::mediaModule().firstPageFacts(path, withText);
+}
+
+bool drawFirstPage(cairo_t* cr, const std::string& path) {
+    return detail::mediaModule().drawFirstPage(cr, path);
 }
 
 std::string category(std::string_view text, std::string_view name) {

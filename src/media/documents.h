@@ -1,6 +1,6 @@
 #pragma once
 
-#include <poppler.h>
+#include <cairo.h>
 
 #include <memory>
 #include <optional>
@@ -22,21 +22,19 @@ struct DocumentInfo {
     std::optional<Instant> created;
 };
 
-// Releases a poppler (GObject) object.
-struct GObjectUnref {
-    void operator()(gpointer object) const {
-        if (object) g_object_unref(object);
-    }
+// What the layout needs of a PDF's first page: its size in points, in the
+// orientation it is shown in, and on request its text in reading order.
+struct PageFacts {
+    double width = 0, height = 0;
+    std::string text;  // empty for a page without text
 };
-// A PDF's first page; it keeps its document, and for a file the file, open
-// for as long as it lives.
-using FirstPage = std::unique_ptr<PopplerPage, GObjectUnref>;
-
-// The first page of the PDF at `path`; null when the file is gone, cannot be
+// The first page of the PDF at `path`; none when the file is gone, cannot be
 // opened or has no page.
-FirstPage firstPage(const std::string& path);
-// The page's text in reading order, as UTF-8; empty for a page without text.
-std::string pageText(PopplerPage* page);
+std::optional<PageFacts> firstPageFacts(const std::string& path, bool withText);
+// Draws that page into `cr` at its own size in points, as vectors (its text
+// stays text) and as it would print. False when the file is gone or cannot
+// be opened.
+bool drawFirstPage(cairo_t* cr, const std::string& path);
 
 // None when the bytes are no PDF poppler can open: damaged beyond repair,
 // protected by a password, or without a page.

@@ -4,13 +4,9 @@
 #include <string>
 #include <string_view>
 
-// What the image readers of this folder share, and the example generator,
-// which draws its photos with the same libraries.
+// What the readers of pictures, videos and screenshots share: the private
+// cache folders they keep their results in.
 namespace kinfolio::Scanner::detail {
-
-// Starts libvips and exiv2 once per process, from whichever thread comes
-// first. Safe to call before every use.
-void startImageLibraries();
 
 // Whether a file id may name a file in a cache folder. Ids are SHA-256 hex
 // digits, but they arrive as plain strings: a "/" or ".." must never reach a

@@ -134,6 +134,8 @@ ScanResult scan(const std::string& folder, DateOrder order, const std::string& z
             // end the whole scan: the file is skipped and the rest is read.
             try {
                 route(ctx, path);
+            } catch (const EvidenceError& e) {
+                ctx.skip(path, e.what());  // a sentence already, such as a missing media module
             } catch (const std::exception&) {
                 ctx.skip(path, "Could not be read.");
             }

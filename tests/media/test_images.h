@@ -13,12 +13,18 @@
 #include <vips/vips8>
 
 #include "example/example_parts.h"
-#include "media/image_support.h"
 
 namespace kinfolio::testing {
 
+// libvips for the tests' own pictures; the program starts its copy in the
+// media module.
+inline void startVips() {
+    static const bool started = vips_init("kinfolio-tests") == 0;
+    if (!started) throw std::runtime_error("libvips did not start");
+}
+
 inline vips::VImage solidImage(int width, int height, int bands = 3, double value = 255) {
-    Scanner::detail::startImageLibraries();
+    startVips();
     return vips::VImage::black(width, height, vips::VImage::option()->set("bands", bands))
         .linear(1.0, value)
         .cast(VIPS_FORMAT_UCHAR);
@@ -26,7 +32,7 @@ inline vips::VImage solidImage(int width, int height, int bands = 3, double valu
 
 // Noise compresses like a photograph, not like a flat colour.
 inline vips::VImage noiseImage(int width, int height) {
-    Scanner::detail::startImageLibraries();
+    startVips();
     vips::VImage grey =
         vips::VImage::gaussnoise(width, height, vips::VImage::option()->set("sigma", 60.0));
     return grey.bandjoin({grey.flip(VIPS_DIRECTION_HORIZONTAL), grey.flip(VIPS_DIRECTION_VERTICAL)})

@@ -66,7 +66,7 @@ TEST(VideoFrame, IsUprightAndFitsTheLargestSide) {
         auto info = Scanner::videoInfo(clip.bytes, clip.id);
         ASSERT_TRUE(info && info->frame);
         // The still frame as a user would see it: the PNG in the cache, decoded.
-        Scanner::detail::startImageLibraries();
+        testing::startVips();
         vips::VImage frame = vips::VImage::new_from_file(info->frame->c_str()).copy_memory();
         EXPECT_EQ(frame.width(), frameWidth);
         EXPECT_EQ(frame.height(), frameHeight);

@@ -16,7 +16,7 @@ extern "C" {
 // What the video reader shares with the example generator, which encodes
 // its clips with the same libraries: the log switched off, and owners that
 // free each FFmpeg object the way the library frees it.
-namespace kinfolio::Scanner::detail {
+namespace kinfolio::MediaModule {
 
 // FFmpeg otherwise writes every damaged packet to the terminal. Safe to call
 // before every use.
@@ -76,4 +76,4 @@ using FramePtr = std::unique_ptr<AVFrame, FrameDeleter>;
 using PacketPtr = std::unique_ptr<AVPacket, PacketDeleter>;
 using ScalerPtr = std::unique_ptr<SwsContext, ScalerDeleter>;
 
-}  // namespace kinfolio::Scanner::detail
+}  // namespace kinfolio::MediaModule
