@@ -242,6 +242,10 @@ ImportResult parseLines(std::string_view text, const std::string& fileID, DateOr
     for (size_t k = 0; k < pieces; ++k)
         firstSlot[k + 1] += firstSlot[k];
 
+    // The passes above have brought the whole file into memory, and the
+    // slots are about to join it there: its pages go first, and each piece
+    // reads its stretch in again and lets it go as it reads.
+    if (mapped) mapped->releaseBetween(text.data(), text.data() + text.size());
     ImportResult result;
     result.items.resize(firstSlot[pieces]);
     std::vector<Stretch> stretches(pieces);
