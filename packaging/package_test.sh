@@ -48,8 +48,11 @@ grep -q "export FOLDER" "$work/help.txt" || fail "help does not list export"
 
 # The media module is found from where the program is: the example folder,
 # written by the unpacked program, holds photos and a video made by it.
-modules=("$root"/usr/lib/kinfolio/kinfolio-media.so)
-[ -f "${modules[0]}" ] || fail "the media module kinfolio-media.so is missing"
+module=""
+for m in "$root"/usr/lib/kinfolio/kinfolio-media.so "$root"/usr/lib/*/kinfolio/kinfolio-media.so; do
+  [ -f "$m" ] && module=$m
+done
+[ -n "$module" ] || fail "the media module kinfolio-media.so is missing"
 [[ $depends == *libvips* ]] || fail "Depends lacks the media module's libvips"
 HOME=$work XDG_CACHE_HOME=$work/cache "$cli" example "$work/example" >"$work/example.txt" 2>&1 ||
   fail "kinfolio-cli example from the package: $(cat "$work/example.txt")"

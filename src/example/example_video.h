@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "media/module.h"
+
 // Video clips made with FFmpeg's libraries (in the media module), for the
 // example folder and the tests: the size, frame times, turn and date a phone
 // would write.
@@ -59,7 +61,7 @@ std::string video(const VideoSpec& spec);
 // What the example takes from the media module: its videos, and its photos
 // as a camera (JPEG with EXIF tags) or a messenger (JPEG without) writes them.
 struct ExampleMediaFunctions {
-    size_t size = sizeof(ExampleMediaFunctions);  // checked against the module's
+    Scanner::detail::ModuleTable head;
     std::string (*video)(const VideoSpec& spec);
     std::string (*jpegOf)(const std::string& png);
     std::string (*withExif)(const std::string& jpeg,

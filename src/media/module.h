@@ -22,11 +22,19 @@
 // PDF is read; a scan of chats alone never loads it.
 namespace kinfolio::Scanner::detail {
 
+// How every table of the module begins: its size and the build it belongs
+// to (KINFOLIO_MODULE_BUILD, the version and the interface's headers), which
+// the program checks before it calls anything in it.
+struct ModuleTable {
+    size_t size;
+    const char* build;
+};
+
 // What the module offers, one entry per function of the same name in this
 // folder's headers (see there); the image reader is given a file name
 // without folders.
 struct MediaFunctions {
-    size_t size = sizeof(MediaFunctions);  // checked against the module's
+    ModuleTable head;
     std::optional<ImageInfo> (*imageInfo)(std::string_view bytes, const std::string& fileName);
     std::optional<Picture> (*picture)(const std::string& path, const std::string& fileID,
                                       int maxPixel, const std::vector<TextBox>& mask);
@@ -44,7 +52,7 @@ struct MediaFunctions {
 };
 
 // The table the module's function `entry` returns, checked to be `size`
-// bytes long, the module loaded on first use from beside the program (a
+// bytes long and of this build, the module loaded on first use from beside the program (a
 // build) or from its library folder (an installation). Throws EvidenceError
 // with a sentence for the user when it cannot be loaded.
 const void* moduleTable(const char* entry, size_t size);

@@ -15,23 +15,29 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// What `scan --json` of the program at `program` prints for `folder`.
-Json scanWith(const std::string& program, const std::string& folder) {
-    std::string command = "'" + program + "' scan --json '" + folder + "' 2>/dev/null";
-    FILE* pipe = ::popen(command.c_str(), "r");
+const std::string kMissing =
+    "Kinfolio could not read pictures, videos or PDF files because a part of Kinfolio itself is "
+    "missing or damaged. Installing Kinfolio again puts it back.";
+
+// What the program at `program` prints for `arguments`, and its exit status.
+std::pair<std::string, int> run(const std::string& program, const std::string& arguments) {
+    FILE* pipe = ::popen(("'" + program + "' " + arguments).c_str(), "r");
     std::string out;
     char buffer[4096];
     for (size_t n; (n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;)
         out.append(buffer, n);
-    EXPECT_EQ(::pclose(pipe), 0) << out;
-    return Json::parse(out);
+    return {out, ::pclose(pipe)};
 }
 
 TEST(MediaModule, WithoutItChatsAreStillReadAndEachMediaFileSaysWhy) {
     testing::TempFolder temp;
     testing::ScopedHome home;
-    temp.write("materials/chat/_chat.txt", "[01/02/2025, 09:15:00] Sam: Hello\n");
-    temp.write("materials/photo.png", testing::encode(testing::solidImage(40, 30), ".png"));
+    temp.write("materials/chat/_chat.txt",
+               "[01/02/2025, 09:15:00] Sam: Hello\n"
+               "[01/02/2025, 09:16:00] Sam: <attached: 00000002-PHOTO-2025-02-01-09-16-00.png>\n");
+    temp.write("materials/chat/00000002-PHOTO-2025-02-01-09-16-00.png",
+               testing::encode(testing::solidImage(40, 30), ".png"));
+    temp.write("materials/photo.png", testing::encode(testing::solidImage(30, 40), ".png"));
     // The same program, copied away from its module.
     fs::create_directory(temp.path() + "/alone");
     const std::string alone = temp.path() + "/alone/kinfolio-cli";
@@ -40,21 +46,25 @@ TEST(MediaModule, WithoutItChatsAreStillReadAndEachMediaFileSaysWhy) {
     const std::string materials = temp.path() + "/materials";
     const std::pair<std::string, Json> cases[] = {
         {KINFOLIO_CLI_BINARY, Json::array()},
-        {alone, Json::array({{{"path", "photo.png"},
-                              {"reason",
-                               "Kinfolio could not read this file because a part of Kinfolio "
-                               "itself is missing or damaged. Installing Kinfolio again puts it "
-                               "back."}}})},
+        {alone, Json::array({{{"path", "photo.png"}, {"reason", kMissing}}})},
     };
     for (const auto& [program, skipped] : cases) {
         SCOPED_TRACE(program);
-        Json scan = scanWith(program, materials);
+        auto [out, status] = run(program, "scan --json '" + materials + "' 2>/dev/null");
+        ASSERT_EQ(status, 0) << out;
+        Json scan = Json::parse(out);
         EXPECT_EQ(scan["skipped"], skipped);
         size_t items = 0;
         for (const auto& source : scan["sources"])
             items += source["items"].size();
-        EXPECT_EQ(items, skipped.empty() ? 2u : 1u);  // the message, and the photo when read
+        EXPECT_EQ(items, skipped.empty() ? 3u : 2u);  // the messages, and the photo when read
     }
+    // The attached photo cannot be drawn: the export stops with the sentence.
+    auto [said, status] =
+        run(alone, "export '" + materials + "' -o '" + temp.path() + "/out.pdf' 2>&1");
+    EXPECT_NE(status, 0);
+    EXPECT_NE(said.find(kMissing), std::string::npos) << said;
+    EXPECT_FALSE(fs::exists(temp.path() + "/out.pdf"));
 }
 
 }  // namespace
