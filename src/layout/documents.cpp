@@ -25,7 +25,9 @@ std::vector<Piece> Layout::documentPiece(const std::string& path) {
     piece.draw = [path, x = margin, width, height, drawnWidth, drawnHeight](cairo_t* cr,
                                                                             double top) {
         // Opened again here and let go at once: an export of hundreds of
-        // documents never holds them all open.
+        // documents never holds them all open. Gone since the layout, the
+        // page leaves its space empty.
+        if (!Scanner::firstPageFacts(path, false)) return;
         cairo_save(cr);
         // A sheet of paper, so a page without its own background reads as one.
         cairo_rectangle(cr, x, top, drawnWidth, drawnHeight);
@@ -35,8 +37,7 @@ std::vector<Piece> Layout::documentPiece(const std::string& path) {
         cairo_translate(cr, x, top);
         cairo_scale(cr, drawnWidth / width, drawnHeight / height);
         // Vectors onto our page: its text stays text, its images keep their
-        // own compression. Gone since the layout, the page leaves its sheet
-        // empty.
+        // own compression.
         Scanner::drawFirstPage(cr, path);
         cairo_restore(cr);
         cairo_save(cr);

@@ -14,6 +14,7 @@
 #include "layout/pieces.h"
 #include "layout/redaction.h"
 #include "layout/typesetter.h"
+#include "media/pictures.h"
 
 namespace kinfolio {
 
@@ -125,11 +126,12 @@ private:
         std::string key() const;
     };
     std::optional<PictureRequest> pictureRequest(const Evidence& item) const;
-    std::optional<Piece> picture(const PictureRequest& request);
+    std::optional<Piece> picture(const PictureRequest& request) const;
     struct Prepared {
         std::shared_ptr<const std::string> jpeg;
         int width = 0, height = 0;
     };
+    static std::optional<Prepared> prepare(std::optional<Scanner::Picture> decoded);
     // Decoded pictures by request key; none for one that cannot be decoded.
     std::map<std::string, std::optional<Prepared>> prepared_;
     // Decodes the pictures of these items on every core before the layout

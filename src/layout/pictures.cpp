@@ -112,27 +112,27 @@ void Layout::preparePictures(const std::vector<Evidence>& items) {
         const PictureRequest& r = requests[i].second;
         results[i] = Scanner::picture(r.path, r.fileID, kMaxPixel, r.mask);
     });
-    for (size_t i = 0; i < requests.size(); ++i) {
-        std::optional<Prepared> ready;
-        if (results[i])
-            ready = Prepared{std::make_shared<const std::string>(std::move(results[i]->jpeg)),
-                             results[i]->width, results[i]->height};
-        prepared_[requests[i].first] = std::move(ready);
-    }
+    for (size_t i = 0; i < requests.size(); ++i)
+        prepared_[requests[i].first] = prepare(std::move(results[i]));
 }
 
-std::optional<Piece> Layout::picture(const PictureRequest& request) {
+std::optional<Layout::Prepared> Layout::prepare(std::optional<Scanner::Picture> decoded) {
+    if (!decoded) return std::nullopt;
+    return Prepared{std::make_shared<const std::string>(std::move(decoded->jpeg)), decoded->width,
+                    decoded->height};
+}
+
+std::optional<Piece> Layout::picture(const PictureRequest& request) const {
     std::string key = request.key();
+    // Only looked up: the timeline asks from several threads at once.
+    // preparePictures has decoded every picture its items ask for; one it
+    // has not is decoded here and not kept.
+    std::optional<Prepared> decodedHere;
     auto found = prepared_.find(key);
-    if (found == prepared_.end()) {
-        auto decoded = Scanner::picture(request.path, request.fileID, kMaxPixel, request.mask);
-        std::optional<Prepared> ready;
-        if (decoded)
-            ready = Prepared{std::make_shared<const std::string>(std::move(decoded->jpeg)),
-                             decoded->width, decoded->height};
-        found = prepared_.emplace(key, std::move(ready)).first;
-    }
-    const std::optional<Prepared>& decoded = found->second;
+    if (found == prepared_.end())
+        decodedHere =
+            prepare(Scanner::picture(request.path, request.fileID, kMaxPixel, request.mask));
+    const std::optional<Prepared>& decoded = found == prepared_.end() ? decodedHere : found->second;
     // A picture that cannot be decoded takes no space; its meta line stays.
     if (!decoded || decoded->width < 1 || decoded->height < 1) return std::nullopt;
     auto [width, height] =
