@@ -123,8 +123,9 @@ std::optional<Instant> messageDate(const std::string& stamp, DateOrder order) {
 }
 
 // What one stretch of a chat reads as: its items are in the slots it was
-// given, one per line at most. Line numbers count from the stretch's first
-// line, and its first trouble ends it.
+// given, one per line at most (a file rewritten in place between the line
+// count and the reading could hold more: it stops there). Line numbers count from the stretch's
+// first line, and its first trouble ends it.
 struct Stretch {
     size_t items = 0;
     std::vector<int64_t> headerLines;
@@ -134,7 +135,7 @@ struct Stretch {
 };
 
 Stretch parseStretch(std::string_view text, const SharedText& fileID, DateOrder order,
-                     MappedFile* mapped, Evidence* slots) {
+                     MappedFile* mapped, Evidence* slots, size_t slotCount) {
     Stretch out;
     std::string cleaned, stamp, slowRest;
     size_t start = 0;
@@ -188,6 +189,11 @@ Stretch parseStretch(std::string_view text, const SharedText& fileID, DateOrder 
                     !sender.empty() && (sender.back() == ' ' || sender.back() & 0x80);
                 e.sender = mayEndInSpace ? trimWhitespace(sender) : std::string(sender);
                 e.text = rest->substr(colon + 2);
+            }
+            if (out.items == slotCount) {
+                out.trouble = "The chat changed while it was read";
+                out.troubleLine = n;
+                return out;
             }
             e.fileID = fileID;
             e.position = n;
@@ -250,8 +256,9 @@ ImportResult parseLines(std::string_view text, const std::string& fileID, DateOr
     result.items.resize(firstSlot[pieces]);
     std::vector<Stretch> stretches(pieces);
     Parallel::forEach(pieces, [&](size_t k) {
-        stretches[k] = parseStretch(text.substr(cuts[k], cuts[k + 1] - cuts[k]), sharedID, order,
-                                    mapped, result.items.data() + firstSlot[k]);
+        stretches[k] =
+            parseStretch(text.substr(cuts[k], cuts[k + 1] - cuts[k]), sharedID, order, mapped,
+                         result.items.data() + firstSlot[k], firstSlot[k + 1] - firstSlot[k]);
     });
 
     size_t filled = 0;
