@@ -51,20 +51,6 @@ TEST(InRange, RunsFromMidnightToTheMidnightAfterTheLastDay) {
     }
 }
 
-TEST(Proposed, SamplesEachChatMonthWithContextAndAlwaysTakesCalls) {
-    std::vector<Evidence> chat = dailyMessages("c", 10, 2025, 3);
-    chat.push_back(item(ItemKind::call, "c", 100, at(2025, 3, 4), "Alex"));
-    chat.push_back(item(ItemKind::call, "c", 101, at(2025, 3, 5), ""));
-    ScanResult scan = scanOf({source(SourceKind::telegram, "chat", chat)});
-    Settings settings;
-    settings.messagesPerMonth = 3;
-    // Sampled 0, 5, 9, with their neighbours 1, 4, 6 and 8.
-    EXPECT_EQ(setOf(Selection::proposed(scan, settings)),
-              (IdSet{"c:0", "c:1", "c:4", "c:5", "c:6", "c:8", "c:9", "c:100", "c:101"}));
-    settings.messagesPerMonth = 1;
-    EXPECT_EQ(setOf(Selection::proposed(scan, settings)), (IdSet{"c:0", "c:1", "c:100", "c:101"}));
-}
-
 // The proposal corrected by hand, exclusion winning, within the range,
 // ordered by date, file and position. An id not written the way an item
 // writes its id names nothing.
