@@ -3,6 +3,10 @@
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFWriter.hh>
 
+#include <memory>
+#include <thread>
+#include <tuple>
+
 #include "layout/layout.h"
 
 namespace kinfolio::PDFExporter {
@@ -42,12 +46,17 @@ Output make(const ExportInput& input, const Progress& progress) {
         if (!input.files.count(item.fileID))
             throw EvidenceError::invalid(
                 "The source file for an item is missing. Scan the folder again.");
-    Layout layout(input);
-    Pagination first = layout.paginate({});
-    Pagination second = layout.paginate(first.markers);
+    auto layout = std::make_unique<Layout>(input);
+    Pagination first = layout->paginate({});
+    Pagination second = layout->paginate(first.markers);
     Output output;
-    output.data = finish(layout.render(second.pages, progress));
     output.pageCount = static_cast<int>(second.pages.size());
+    std::string drawn = layout->render(second.pages, progress);
+    // Freeing thousands of typeset paragraphs takes a while: it happens
+    // while QPDF rewrites the file.
+    std::jthread release(
+        [gone = std::make_tuple(std::move(layout), std::move(first), std::move(second))] {});
+    output.data = finish(drawn);
     return output;
 }
 
