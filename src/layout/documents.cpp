@@ -27,19 +27,20 @@ std::vector<Piece> Layout::documentPiece(const std::string& path) {
         // Opened again here and let go at once: an export of hundreds of
         // documents never holds them all open. Gone since the layout, the
         // page leaves its space empty.
-        if (!Scanner::firstPageFacts(path, false)) return;
         cairo_save(cr);
-        // A sheet of paper, so a page without its own background reads as one.
-        cairo_rectangle(cr, x, top, drawnWidth, drawnHeight);
-        setSource(cr, Colours::page);
-        cairo_fill_preserve(cr);
-        cairo_clip(cr);
-        cairo_translate(cr, x, top);
-        cairo_scale(cr, drawnWidth / width, drawnHeight / height);
-        // Vectors onto our page: its text stays text, its images keep their
-        // own compression.
-        Scanner::drawFirstPage(cr, path);
+        bool drawn = Scanner::drawFirstPage(cr, path, [&] {
+            // A sheet of paper, so a page without its own background reads
+            // as one; the page goes on it as vectors: its text stays text,
+            // its images keep their own compression.
+            cairo_rectangle(cr, x, top, drawnWidth, drawnHeight);
+            setSource(cr, Colours::page);
+            cairo_fill_preserve(cr);
+            cairo_clip(cr);
+            cairo_translate(cr, x, top);
+            cairo_scale(cr, drawnWidth / width, drawnHeight / height);
+        });
         cairo_restore(cr);
+        if (!drawn) return;
         cairo_save(cr);
         cairo_rectangle(cr, x - 0.25, top - 0.25, drawnWidth + 0.5, drawnHeight + 0.5);
         setSource(cr, Colours::rule);

@@ -56,8 +56,8 @@ std::optional<PageFacts> firstPageFacts(const std::string& path, bool withText) 
     return detail::mediaModule().firstPageFacts(path, withText);
 }
 
-bool drawFirstPage(cairo_t* cr, const std::string& path) {
-    return detail::mediaModule().drawFirstPage(cr, path);
+bool drawFirstPage(cairo_t* cr, const std::string& path, const std::function<void()>& before) {
+    return detail::mediaModule().drawFirstPage(cr, path, before);
 }
 
 std::string category(std::string_view text, std::string_view name) {

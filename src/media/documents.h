@@ -2,7 +2,7 @@
 
 #include <cairo.h>
 
-#include <memory>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -32,9 +32,10 @@ struct PageFacts {
 // opened or has no page.
 std::optional<PageFacts> firstPageFacts(const std::string& path, bool withText);
 // Draws that page into `cr` at its own size in points, as vectors (its text
-// stays text) and as it would print. False when the file is gone or cannot
-// be opened.
-bool drawFirstPage(cairo_t* cr, const std::string& path);
+// stays text) and as it would print, after `before` has prepared `cr` (a
+// sheet, a place, a scale). False, with nothing drawn and `before` not
+// called, when the file is gone or cannot be opened.
+bool drawFirstPage(cairo_t* cr, const std::string& path, const std::function<void()>& before);
 
 // None when the bytes are no PDF poppler can open: damaged beyond repair,
 // protected by a password, or without a page.

@@ -41,7 +41,8 @@ struct MediaFunctions {
     std::optional<VideoInfo> (*videoInfo)(std::string_view bytes, const std::string& fileID);
     std::optional<DocumentInfo> (*documentInfo)(std::string_view bytes);
     std::optional<PageFacts> (*firstPageFacts)(const std::string& path, bool withText);
-    bool (*drawFirstPage)(cairo_t* cr, const std::string& path);
+    bool (*drawFirstPage)(cairo_t* cr, const std::string& path,
+                          const std::function<void()>& before);
     std::vector<TextBox> (*recognizeText)(const std::string& path, const std::string& fileID);
     void (*recognizeAll)(std::vector<RecognitionJob>& jobs,
                          const std::function<void(size_t read, size_t total)>& progress,

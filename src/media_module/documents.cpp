@@ -66,9 +66,10 @@ std::optional<PageFacts> firstPageFacts(const std::string& path, bool withText) 
     return facts;
 }
 
-bool drawFirstPage(cairo_t* cr, const std::string& path) {
+bool drawFirstPage(cairo_t* cr, const std::string& path, const std::function<void()>& before) {
     FirstPage page = firstPage(path);
     if (!page) return false;
+    before();
     // Printing mode draws what the page would print.
     poppler_page_render_for_printing(page.get(), cr);
     return true;

@@ -26,6 +26,14 @@ namespace kinfolio::MediaModule {
 // first. Safe to call before every use.
 void startImageLibraries();
 
+// Whether a file id may name a file in a cache folder. Ids are SHA-256 hex
+// digits, but they arrive as plain strings: a "/" or ".." must never reach a
+// path.
+bool isCacheName(std::string_view id);
+// `privateCacheDirectory(sub)`; none when the cache cannot be used, so the
+// caller goes on without it.
+std::optional<std::string> cacheFolder(const std::string& sub);
+
 // `fileName` is a name without folders.
 std::optional<Scanner::ImageInfo> imageInfo(std::string_view bytes, const std::string& fileName);
 std::optional<Scanner::Picture> picture(const std::string& path, const std::string& fileID,
@@ -33,7 +41,7 @@ std::optional<Scanner::Picture> picture(const std::string& path, const std::stri
 std::optional<Scanner::VideoInfo> videoInfo(std::string_view bytes, const std::string& fileID);
 std::optional<Scanner::DocumentInfo> documentInfo(std::string_view bytes);
 std::optional<Scanner::PageFacts> firstPageFacts(const std::string& path, bool withText);
-bool drawFirstPage(cairo_t* cr, const std::string& path);
+bool drawFirstPage(cairo_t* cr, const std::string& path, const std::function<void()>& before);
 
 std::vector<TextBox> recognizeText(const std::string& path, const std::string& fileID);
 void recognizeAll(std::vector<Scanner::RecognitionJob>& jobs,

@@ -8,7 +8,6 @@
 #include <memory>
 #include <vips/vips8>
 
-#include "media/image_support.h"
 #include "media/images.h"
 #include "model/files.h"
 
@@ -34,14 +33,14 @@ std::string maskName(const std::vector<TextBox>& mask) {
 
 std::optional<std::string> cachePath(const std::string& fileID, int maxPixel,
                                      const std::vector<TextBox>& mask) {
-    if (!detail::isCacheName(fileID)) return std::nullopt;
+    if (!isCacheName(fileID)) return std::nullopt;
     std::string name = fileID + "-" + std::to_string(maxPixel);
     if (!mask.empty()) {
         std::string hash = maskName(mask);
         if (hash.empty()) return std::nullopt;
         name += "-" + hash;
     }
-    auto folder = detail::cacheFolder("pictures");
+    auto folder = cacheFolder("pictures");
     if (!folder) return std::nullopt;
     return *folder + "/" + name + ".jpg";
 }

@@ -17,7 +17,6 @@
 #include <unordered_map>
 #include <vips/vips8>
 
-#include "media/image_support.h"
 #include "model/files.h"
 #include "model/json.h"
 #include "model/text.h"
@@ -185,8 +184,8 @@ Reading recognise(const std::string& path) {
 // ---- the answers kept on disk ----
 
 std::optional<std::string> cachePath(const std::string& fileID) {
-    if (!detail::isCacheName(fileID)) return std::nullopt;
-    auto folder = detail::cacheFolder("text");
+    if (!isCacheName(fileID)) return std::nullopt;
+    auto folder = cacheFolder("text");
     if (!folder) return std::nullopt;
     return *folder + "/" + fileID + ".json";
 }

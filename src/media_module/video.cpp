@@ -17,7 +17,6 @@ extern "C" {
 #include <vips/vips8>
 
 #include "importers/dates.h"
-#include "media/image_support.h"
 #include "media/images.h"
 #include "media_module/video_support.h"
 #include "model/files.h"
@@ -340,8 +339,8 @@ bool isPNGFile(const std::string& path) {
 // Where the frame of a file id is kept; none when the id cannot name a file
 // or the cache cannot be used.
 std::optional<std::string> framePath(const std::string& fileID) {
-    if (!detail::isCacheName(fileID)) return std::nullopt;
-    auto folder = detail::cacheFolder("frames");
+    if (!isCacheName(fileID)) return std::nullopt;
+    auto folder = cacheFolder("frames");
     if (!folder) return std::nullopt;
     return *folder + "/" + fileID.substr(0, 16) + ".png";
 }

@@ -1,9 +1,9 @@
-#include "media/image_support.h"
+#include "media_module/media_module.h"
 
 #include "model/evidence.h"
 #include "model/files.h"
 
-namespace kinfolio::Scanner::detail {
+namespace kinfolio::MediaModule {
 
 bool isCacheName(std::string_view id) {
     if (id.empty() || id.size() > 128) return false;
@@ -23,4 +23,4 @@ std::optional<std::string> cacheFolder(const std::string& sub) {
     }
 }
 
-}  // namespace kinfolio::Scanner::detail
+}  // namespace kinfolio::MediaModule
