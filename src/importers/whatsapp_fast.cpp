@@ -26,13 +26,20 @@ struct Char {
     size_t length;
 };
 
-Char classify(std::string_view s, size_t i) {
+Char classifyNonAscii(std::string_view s, size_t i);
+
+// ASCII answered inline: it is nearly every character a timestamp holds.
+inline Char classify(std::string_view s, size_t i) {
     if (i >= s.size()) return {Kind::other, 0};
     auto c = static_cast<unsigned char>(s[i]);
     if (c >= '0' && c <= '9') return {Kind::digit, 1};
     if (c == ' ' || c == '\t') return {Kind::space, 1};
     if (c < 0x20) return {Kind::unsure, 1};  // \v, \f and the rest: rare, ICU decides
     if (c < 0x80) return {Kind::other, 1};
+    return classifyNonAscii(s, i);
+}
+
+Char classifyNonAscii(std::string_view s, size_t i) {
     int32_t at = static_cast<int32_t>(i), end = static_cast<int32_t>(s.size());
     UChar32 cp;
     U8_NEXT(reinterpret_cast<const uint8_t*>(s.data()), at, end, cp);
@@ -73,11 +80,14 @@ struct Cursor {
         }
         return n;
     }
+    // The sets are two to four characters: a loop beats a call to memchr.
     bool oneOf(std::string_view set) {
-        if (i < s.size() && set.find(s[i]) != std::string_view::npos) {
-            ++i;
-            return true;
-        }
+        if (i >= s.size()) return false;
+        for (char c : set)
+            if (s[i] == c) {
+                ++i;
+                return true;
+            }
         return false;
     }
 };
@@ -154,8 +164,12 @@ LineMatch matchLine(std::string_view line) {
     }
     c.spaces();
     if (c.unsure) return {};
-    for (size_t i = c.i; i < line.size(); ++i)
-        if (isLineTerminatorAt(line, i)) return {};
+    for (size_t i = c.i; i < line.size(); ++i) {
+        // Eight bytes at a time past plain ASCII text.
+        while (i + 8 <= line.size() && !mayEndALine(eightBytes(line.data() + i)))
+            i += 8;
+        if (i < line.size() && isLineTerminatorAt(line, i)) return {};
+    }
     return {Verdict::yes, stamp, line.substr(c.i)};
 }
 
@@ -190,8 +204,10 @@ bool number(std::string_view s, size_t from, size_t to, int& value) {
 // where the first pattern of the lists that reads the text is known. The rest
 // goes to Importer::date.
 std::optional<Instant> timestamp(std::string_view s, DateOrder order) {
-    size_t p1 = s.find_first_of("/.");
-    if (p1 == std::string_view::npos) return std::nullopt;
+    size_t p1 = 0;
+    while (p1 < s.size() && s[p1] != '/' && s[p1] != '.')
+        ++p1;
+    if (p1 == s.size()) return std::nullopt;
     char sep = s[p1];
     if (sep == '.' && order == DateOrder::monthFirst) return std::nullopt;
     size_t p2 = s.find(sep, p1 + 1);
