@@ -7,6 +7,7 @@
 #include <filesystem>
 
 #include "model/files.h"
+#include "model/parallel.h"
 #include "model/text.h"
 #include "scan/routes.h"
 
@@ -29,20 +30,28 @@ std::optional<std::string> realPath(const std::string& path) {
     return out;
 }
 
-// Whether the file, every link on its way followed, still lies inside the
-// materials folder or the private cache where ZIPs are unpacked: a folder
-// inside the export that links elsewhere must not lead the scan out.
-bool staysInside(const ScanContext& ctx, const std::string& path) {
-    auto real = realPath(path);
-    if (!real) return false;
+// The real paths of the folders an attachment may lie in: the materials
+// folder and the private cache where ZIPs are unpacked.
+std::vector<std::string> realRoots(const ScanContext& ctx) {
     std::vector<std::string> roots = {ctx.folder};
     try {
         roots.push_back(privateCacheDirectory());
     } catch (const EvidenceError&) {
     }
+    std::vector<std::string> real;
     for (const auto& root : roots)
-        if (auto realRoot = realPath(root); realRoot && startsWith(*real, *realRoot + "/"))
-            return true;
+        if (auto r = realPath(root)) real.push_back(*r);
+    return real;
+}
+
+// Whether the file, every link on its way followed, still lies inside one
+// of the roots: a folder inside the export that links elsewhere must not
+// lead the scan out.
+bool staysInside(const std::vector<std::string>& roots, const std::string& path) {
+    auto real = realPath(path);
+    if (!real) return false;
+    for (const auto& root : roots)
+        if (startsWith(*real, root + "/")) return true;
     return false;
 }
 
@@ -50,17 +59,30 @@ bool staysInside(const ScanContext& ctx, const std::string& path) {
 
 void attach(std::vector<Evidence>& items, const Resolver& resolve, ScanContext& ctx,
             std::vector<FileRecord>& files) {
-    for (auto& item : items) {
-        if (!item.details().attachmentName) continue;
-        auto found = resolve(*item.details().attachmentName);
-        if (!found || !isRegularFile(*found) || !staysInside(ctx, *found)) continue;
-        std::string path = fs::path(*found).lexically_normal().string();
+    std::vector<size_t> named;
+    for (size_t i = 0; i < items.size(); ++i)
+        if (items[i].details().attachmentName) named.push_back(i);
+    // Looking a name up on disk is a few system calls; a large chat names
+    // thousands of files, so they are looked up on every core.
+    const std::vector<std::string> roots = realRoots(ctx);
+    std::vector<std::optional<std::string>> found(named.size());
+    constexpr size_t kRun = 256;
+    Parallel::forEach((named.size() + kRun - 1) / kRun, [&](size_t r) {
+        for (size_t k = r * kRun; k < std::min(named.size(), (r + 1) * kRun); ++k) {
+            auto path = resolve(*items[named[k]].details().attachmentName);
+            if (path && isRegularFile(*path) && staysInside(roots, *path))
+                found[k] = fs::path(*path).lexically_normal().string();
+        }
+    });
+    for (size_t k = 0; k < named.size(); ++k) {
+        if (!found[k]) continue;
+        const std::string& path = *found[k];
         ctx.consumed.insert(path);
         if (!isPicture(path)) continue;
         auto record = ctx.recordAttachment(path);
         if (!record) continue;
         if (std::find(files.begin(), files.end(), *record) == files.end()) files.push_back(*record);
-        EvidenceDetails& details = item.detailsForWriting();
+        EvidenceDetails& details = items[named[k]].detailsForWriting();
         details.imageURL = path;
         details.attachmentID = record->sha256;
     }
@@ -76,7 +98,7 @@ std::optional<std::string> resolveUpward(const ScanContext& ctx, const std::stri
         std::string candidate = (dir / rel).lexically_normal().string();
         // Never outside the materials folder, whatever "../" the name holds.
         if (startsWith(candidate, root + "/") && isRegularFile(candidate) &&
-            staysInside(ctx, candidate))
+            staysInside(realRoots(ctx), candidate))
             return candidate;
         if (dir.string() == root || dir.string().size() <= root.size() || !dir.has_parent_path())
             return std::nullopt;
