@@ -1,5 +1,7 @@
 #include "cli/cli.h"
 
+#include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <sstream>
 
@@ -61,8 +63,16 @@ const std::vector<Command>& commands() {
     return all;
 }
 
+int finish(Invocation& inv, int status) {
+    if (!inv.lastInProcess) return status;
+    inv.out.flush();
+    inv.err.flush();
+    std::fflush(nullptr);
+    std::_Exit(status);
+}
+
 int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& err,
-        bool showProgress) {
+        bool showProgress, bool lastInProcess) {
     if (args.empty() || args[0] == "--help" || args[0] == "-h" || args[0] == "help") {
         printToolHelp(args.empty() ? err : out);
         return args.empty() ? 2 : 0;
@@ -77,6 +87,7 @@ int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& e
     }
 
     Invocation inv{out, err, Settings{}, false, std::nullopt, {}, showProgress};
+    inv.lastInProcess = lastInProcess;
     std::optional<std::string> settingsFile;
     std::vector<std::pair<std::string, std::string>> sets;
     for (size_t i = 1; i < args.size(); ++i) {

@@ -53,7 +53,7 @@ int runExport(Invocation& inv) {
     inv.out << result.pageCount << (result.pageCount == 1 ? " page" : " pages") << ".\n";
     for (const auto& note : result.written.notes)
         inv.out << note << "\n";
-    return 0;
+    return finish(inv, 0);
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 
 int main(int argc, char** argv) {
     std::vector<std::string> args(argv + 1, argv + argc);
-    return kinfolio::cli::run(args, std::cout, std::cerr, ::isatty(STDERR_FILENO) != 0);
+    return kinfolio::cli::run(args, std::cout, std::cerr, ::isatty(STDERR_FILENO) != 0, true);
 }
 
 // fontconfig keeps its configuration for the life of the process, allocated

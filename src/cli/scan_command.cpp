@@ -39,7 +39,7 @@ int runScan(Invocation& inv) {
         writeJson(inv.out, scan);
     else
         printScan(inv.out, scan);
-    return 0;
+    return finish(inv, 0);
 }
 
 }  // namespace

@@ -22,7 +22,7 @@ int runSelect(Invocation& inv) {
         inv.out << selectionJson(scan, inv.settings).dump(2) << "\n";
     else
         printSelection(inv.out, scan, inv.settings);
-    return 0;
+    return finish(inv, 0);
 }
 
 }  // namespace
