@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include "model/parallel.h"
+
 namespace kinfolio {
 namespace {
 
@@ -13,6 +15,34 @@ TEST(Utf8, ValidityFindsABadByteBehindLongAsciiRuns) {
     EXPECT_FALSE(isValidUtf8(std::string(37, 'a') + "\xC3"));          // cut short at the end
     EXPECT_FALSE(isValidUtf8(std::string(16, 'a') + "\xED\xA0\x80"));  // a surrogate
     EXPECT_FALSE(isValidUtf8("\xC0\xAF"));                             // an overlong slash
+}
+
+// A large text is checked in pieces: a character across a cut, or a fault
+// just before or after one, is judged as in one piece.
+TEST(Utf8, ValidityOfALargeTextDoesNotDependOnItsPieces) {
+    const std::string euro = "\u20AC", text = [&] {
+        std::string t;
+        for (int i = 0; i < (3 << 20); ++i)
+            t += euro;
+        return t;
+    }();
+    struct Case {
+        size_t at;
+        std::string bytes;
+        bool valid;
+    };
+    const size_t third = text.size() / 3, half = text.size() / 2;
+    const Case cases[] = {{0, "", true},          {half - 1, "a", false},
+                          {half, "a", false},     {half + 1, "a", false},
+                          {third, "\xC3", false}, {half - 3, "a\U0001F600a", true}};
+    for (const auto& c : cases)
+        for (unsigned threads : {1u, 2u, 3u}) {
+            Parallel::setThreads(threads);
+            std::string t = text;
+            t.replace(c.at, c.bytes.size(), c.bytes);
+            EXPECT_EQ(isValidUtf8(t), c.valid) << c.at << " on " << threads << " threads";
+        }
+    Parallel::setThreads(0);
 }
 
 // Every byte value at every place of a plain word: the eight-at-once tests
