@@ -1,5 +1,6 @@
 #include <filesystem>
 
+#include "model/parallel.h"
 #include "model/text.h"
 #include "scan/scan_context.h"
 #include "scan/scanner.h"
@@ -17,7 +18,7 @@ void ScanContext::skip(const std::string& path, std::string reason) {
     skipped.push_back(SkippedFile{displayPath(path), std::move(reason)});
 }
 
-std::optional<Record> ScanContext::record(const std::string& path) {
+std::optional<Record> ScanContext::open(const std::string& path) {
     auto data = MappedFile::open(path);
     if (!data) {
         skip(path, "Could not be read.");
@@ -28,20 +29,37 @@ std::optional<Record> ScanContext::record(const std::string& path) {
         skip(path, "The file is empty. Copy it again from where it came from.");
         return std::nullopt;
     }
-    std::string shown = displayPath(path);
-    std::string hash = sha256Hex(data->bytes());
-    if (data->changed()) {
-        skip(path, kChangedWhileRead);
-        return std::nullopt;
+    Record r{path,
+             FileRecord{displayPath(path), "", static_cast<int64_t>(data->size())},
+             std::move(*data),
+             {}};
+    // Below a megabyte a thread costs more than it saves.
+    constexpr size_t kFingerprintAlongside = 1 << 20;
+    if (r.data.size() >= kFingerprintAlongside && Parallel::threads() > 1)
+        r.fingerprint =
+            std::async(std::launch::async, [bytes = r.data.bytes()] { return sha256Hex(bytes); });
+    return r;
+}
+
+bool ScanContext::admit(Record& r) {
+    r.file.sha256 = r.fingerprint.valid() ? r.fingerprint.get() : sha256Hex(r.data.bytes());
+    if (r.data.changed()) {
+        skip(r.path, kChangedWhileRead);
+        return false;
     }
-    auto [it, isNew] = firstPathOfHash.emplace(hash, shown);
+    auto [it, isNew] = firstPathOfHash.emplace(r.file.sha256, r.file.path);
     if (!isNew) {
-        skip(path, "Same file as " + it->second + ".");
-        return std::nullopt;
+        skip(r.path, "Same file as " + it->second + ".");
+        return false;
     }
-    FileRecord file{shown, hash, static_cast<int64_t>(data->size())};
-    recordedPaths[path] = file;
-    return Record{path, std::move(file), std::move(*data)};
+    recordedPaths[r.path] = r.file;
+    return true;
+}
+
+std::optional<Record> ScanContext::record(const std::string& path) {
+    auto r = open(path);
+    if (!r || !admit(*r)) return std::nullopt;
+    return r;
 }
 
 std::optional<FileRecord> ScanContext::recordAttachment(const std::string& path) {

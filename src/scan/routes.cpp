@@ -79,7 +79,14 @@ const std::vector<Route>& routes() {
         // headers or a mailbox's "From " line, a chat with a message line,
         // so a chat that quotes an e-mail further down stays a chat.
         {{"txt"}, text, Importer::looksLikeEmail, readEmailText},
-        {{"txt"}, text, Importer::looksLikeWhatsApp, readWhatsAppText},
+        {{"txt"},
+         text,
+         Importer::looksLikeWhatsApp,
+         readWhatsAppText,
+         {},
+         Pass::chats,
+         false,
+         true},
         {{"txt"}, text, Importer::looksLikeLine, readLineText},
         {{"txt"}, text, Importer::looksLikeKakaoTalk, readKakaoTalkText},
         {{"txt"}, text, nullptr, nullptr, "Text file that is not a chat export."},
@@ -134,21 +141,21 @@ bool isPicture(const std::string& path) {
 void route(ScanContext& ctx, const std::string& path) {
     auto rows = routesFor(path);
     if (rows.empty()) return ctx.skip(path, "Not a file type Kinfolio reads.");
-    auto record = ctx.record(path);
+    auto record = ctx.open(path);
     if (!record) return;
     std::string decoded;
-    std::string_view content = record->data.bytes();
-    if (rows.front()->content != Content::bytes) {
-        auto text = rows.front()->content == Content::spreadsheet
-                        ? spreadsheetText(content, decoded)
-                        : textOf(content, decoded);
-        if (!text) return ctx.skip(record->path, "Text file in an unknown encoding.");
-        content = *text;
-    }
-    const Route* r = accepting(rows, content);
+    std::optional<std::string_view> content = record->data.bytes();
+    if (rows.front()->content != Content::bytes)
+        content = rows.front()->content == Content::spreadsheet ? spreadsheetText(*content, decoded)
+                                                                : textOf(*content, decoded);
+    const Route* r = content ? accepting(rows, *content) : nullptr;
+    // A copy of an earlier file is skipped as one whatever it holds; a
+    // reader that admits the file itself does so once it has read it.
+    if (!(r && r->read && r->admitsAfterReading) && !ctx.admit(*record)) return;
+    if (!content) return ctx.skip(record->path, "Text file in an unknown encoding.");
     if (!r) return ctx.skip(record->path, "Not a file type Kinfolio reads.");
     if (!r->read) return ctx.skip(record->path, std::string(r->refusal));
-    readUnlessChanged(ctx, *r, *record, content);
+    readUnlessChanged(ctx, *r, *record, *content);
 }
 
 const std::vector<FolderRoute>& folderRoutes() {

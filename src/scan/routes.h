@@ -31,6 +31,9 @@ struct Route {
     Pass pass = Pass::chats;
     // A chat's attachment of this type is drawn as a picture with its message.
     bool picture = false;
+    // The reader calls ctx.admit() itself once it has read the file, so a
+    // large one is read while its fingerprint is taken.
+    bool admitsAfterReading = false;
 };
 
 // The routing table, in the order rows are tried.

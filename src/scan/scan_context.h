@@ -1,5 +1,6 @@
 #pragma once
 
+#include <future>
 #include <map>
 #include <optional>
 #include <set>
@@ -20,8 +21,11 @@ inline constexpr const char* kChangedWhileRead = "The file changed while it was 
 // once and shared by hashing and the importer.
 struct Record {
     std::string path;  // absolute
-    FileRecord file;
+    FileRecord file;   // its sha256 is empty until the record is admitted
     MappedFile data;
+    // A large file's fingerprint, taken on a thread of its own while the
+    // file is read. Last, so it is waited for before the bytes go.
+    std::future<std::string> fingerprint;
 };
 
 // Items and files of one kind of loose media (photos, screenshots, ...),
@@ -56,6 +60,12 @@ struct ScanContext {
     // The record step: read, hash, and drop byte-identical copies. On failure
     // the file is skipped with its reason and none is returned.
     std::optional<Record> record(const std::string& path);
+    // The same step in two halves, so a reader can read a large file while
+    // its fingerprint is taken: open() maps the file and, when it is large
+    // and there are cores to spare, starts the fingerprint; admit() has it,
+    // and skips a copy of an earlier file or a file changed meanwhile.
+    std::optional<Record> open(const std::string& path);
+    bool admit(Record& record);
     // The record of an attached file. A file attached twice (or to two chats)
     // keeps its first record instead of being listed as its own duplicate.
     std::optional<FileRecord> recordAttachment(const std::string& path);

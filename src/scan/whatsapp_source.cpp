@@ -65,28 +65,34 @@ std::string withoutTitlePrefix(const std::string& name) {
     return name;
 }
 
-ChatOutcome whatsappSource(std::string_view text, const FileRecord& file, const std::string& name,
-                           DateOrder order, const std::string& mediaDir, ScanContext& ctx,
-                           MappedFile* mapped) {
+std::optional<ChatOutcome> whatsappSource(std::string_view text, const FileRecord& file,
+                                          const std::string& name, DateOrder order,
+                                          const std::string& mediaDir, ScanContext& ctx,
+                                          MappedFile* mapped, const std::function<bool()>& admit) {
     std::vector<std::string> notes;
     Importer::ImportResult chat;
     try {
-        auto reading = readInChatOrder(text, order, [&](DateOrder o) {
-            return Importer::whatsapp(text, file.sha256, o, mapped);
-        });
+        // The items get their file's id below: it may still be being taken.
+        auto reading = readInChatOrder(
+            text, order, [&](DateOrder o) { return Importer::whatsapp(text, "", o, mapped); });
         chat = std::move(reading.result);
         if (reading.note) notes.push_back(std::move(*reading.note));
     } catch (const EvidenceError& e) {
+        if (admit && !admit()) return std::nullopt;
         return SkippedFile{file.path, std::string("Looks like a WhatsApp chat, but: ") + e.what()};
     }
+    if (admit && !admit()) return std::nullopt;
     // Each item is looked at on its own, so a million of them are shared
     // out over the cores.
     constexpr size_t kRun = 1 << 15;
     auto& items = chat.items;
+    const SharedText fileID(file.sha256);
     Parallel::forEach((items.size() + kRun - 1) / kRun, [&](size_t r) {
-        for (size_t i = r * kRun; i < std::min(items.size(), (r + 1) * kRun); ++i)
+        for (size_t i = r * kRun; i < std::min(items.size(), (r + 1) * kRun); ++i) {
+            items[i].fileID = fileID;
             if (auto name = attachmentName(items[i].text))
                 items[i].detailsForWriting().attachmentName = std::move(name);
+        }
     });
 
     std::vector<FileRecord> media;
@@ -164,11 +170,13 @@ void readWhatsAppText(ScanContext& ctx, Record& chat, std::string_view text) {
     std::string name =
         p.filename() == "_chat.txt" ? p.parent_path().filename().string() : p.stem().string();
     std::string mediaDir = fs::path(chat.path).parent_path().string();
-    auto outcome = whatsappSource(text, chat.file, name, ctx.order, mediaDir, ctx, &chat.data);
-    if (auto* skipped = std::get_if<SkippedFile>(&outcome))
+    auto outcome = whatsappSource(text, chat.file, name, ctx.order, mediaDir, ctx, &chat.data,
+                                  [&] { return ctx.admit(chat); });
+    if (!outcome) return;
+    if (auto* skipped = std::get_if<SkippedFile>(&*outcome))
         ctx.skipped.push_back(std::move(*skipped));
     else
-        ctx.sources.push_back(std::move(std::get<Source>(outcome)));
+        ctx.sources.push_back(std::move(std::get<Source>(*outcome)));
 }
 
 void readZip(ScanContext& ctx, Record& zipRecord, std::string_view) {
@@ -191,10 +199,10 @@ void readZip(ScanContext& ctx, Record& zipRecord, std::string_view) {
         std::string mediaDir = fs::path(*chatPath).parent_path().string();
         auto outcome =
             whatsappSource(text->bytes(), zipRecord.file, name, ctx.order, mediaDir, ctx, &*text);
-        if (auto* skipped = std::get_if<SkippedFile>(&outcome))
+        if (auto* skipped = std::get_if<SkippedFile>(&*outcome))
             ctx.skipped.push_back(std::move(*skipped));
         else
-            ctx.sources.push_back(std::move(std::get<Source>(outcome)));
+            ctx.sources.push_back(std::move(std::get<Source>(*outcome)));
     } catch (const EvidenceError&) {
         ctx.skip(zipRecord.path, kNoChat);
     }

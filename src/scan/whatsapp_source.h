@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -20,9 +21,13 @@ using ChatOutcome = std::variant<Source, SkippedFile>;
 // ctx.consumed, images recorded) and names it after `name` without the
 // "WhatsApp Chat with " style prefix.
 // `mapped`, when given, holds `text` and may release its pages while reading.
-ChatOutcome whatsappSource(std::string_view text, const FileRecord& file, const std::string& name,
-                           DateOrder order, const std::string& mediaDir, ScanContext& ctx,
-                           MappedFile* mapped = nullptr);
+// `admit`, when given, is called once the text is read and before `file` is
+// used; when it refuses, the chat is left out (none).
+std::optional<ChatOutcome> whatsappSource(std::string_view text, const FileRecord& file,
+                                          const std::string& name, DateOrder order,
+                                          const std::string& mediaDir, ScanContext& ctx,
+                                          MappedFile* mapped = nullptr,
+                                          const std::function<bool()>& admit = {});
 
 // The attachment file name a message names, iPhone or Android style.
 std::optional<std::string> attachmentName(const std::string& text);

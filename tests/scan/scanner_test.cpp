@@ -192,11 +192,16 @@ TEST(Scan, OneThreadAndManyReadAndExportAFolderTheSame) {
     testing::TempFolder temp;
     std::string folder = temp.path() + "/materials";
     ExampleFolder::write(folder);
-    std::string chat = largeChat(40000);
-    ASSERT_GT(chat.size(), 2u << 20);  // two pieces at least
+    constexpr size_t kMessages = 40000;
+    std::string chat = largeChat(kMessages);
+    // Two pieces at least, and large enough to be fingerprinted while read.
+    ASSERT_GT(chat.size(), 2u << 20);
     temp.write("materials/Big/_chat.txt", chat);
     temp.write("materials/Big/00000001-PHOTO.jpg", "not really a photo");
-    temp.write("materials/Broken/_chat.txt", largeChat(40000, 35000));
+    temp.write("materials/Broken/_chat.txt", largeChat(kMessages, 35000));
+    // Copies are known by their fingerprint, whether they read or not.
+    temp.write("materials/Copy/_chat.txt", chat);
+    temp.write("materials/CopyBroken/_chat.txt", largeChat(kMessages, 35000));
 
     std::string one = scanJson(folder, 1);
     EXPECT_EQ(scanJson(folder, 2), one);
@@ -221,19 +226,23 @@ TEST(Scan, OneThreadAndManyReadAndExportAFolderTheSame) {
         if (s["name"] == "Big") big = &s;
     ASSERT_TRUE(big);
     const auto& items = (*big)["items"];
-    ASSERT_EQ(items.size(), 40000u);
+    ASSERT_EQ(items.size(), kMessages);
+    EXPECT_EQ(items[0]["id"], (*big)["id"].get<std::string>() + ":2");
     EXPECT_EQ(items[0]["position"], 2);
     EXPECT_EQ(items[1]["position"], 6);
     EXPECT_EQ(items[7]["text"], "message number 7\nand a second line\n\nafter an empty one");
-    int64_t lines = 1 + 40000 + 3 * ((40000 + 6) / 7) + 40000 / 5000;
+    int64_t lines = 1 + kMessages + 3 * ((kMessages + 6) / 7) + kMessages / 5000;
     EXPECT_EQ(items.back()["position"], lines);
     EXPECT_EQ((*big)["notes"][0], "Ignored header line 1.");
     int64_t badAt = 1 + 35001 + 3 * ((35000 + 7) / 7) + 35000 / 5000 + 1;
-    bool named = false;
+    std::map<std::string, std::string> skipped;
     for (const auto& s : json["skipped"])
-        named |= s["reason"] == "Looks like a WhatsApp chat, but: Unsupported timestamp on line " +
-                                    std::to_string(badAt) + ".";
-    EXPECT_TRUE(named) << json["skipped"].dump(2);
+        skipped[s["path"]] = s["reason"];
+    EXPECT_EQ(skipped["Broken/_chat.txt"],
+              "Looks like a WhatsApp chat, but: Unsupported timestamp on line " +
+                  std::to_string(badAt) + ".");
+    EXPECT_EQ(skipped["Copy/_chat.txt"], "Same file as Big/_chat.txt.");
+    EXPECT_EQ(skipped["CopyBroken/_chat.txt"], "Same file as Broken/_chat.txt.");
 }
 
 }  // namespace
