@@ -1,4 +1,5 @@
 #include <filesystem>
+#include <system_error>
 
 #include "model/parallel.h"
 #include "model/text.h"
@@ -18,7 +19,7 @@ void ScanContext::skip(const std::string& path, std::string reason) {
     skipped.push_back(SkippedFile{displayPath(path), std::move(reason)});
 }
 
-std::optional<Record> ScanContext::open(const std::string& path) {
+std::optional<Record> ScanContext::open(const std::string& path, bool alongside) {
     auto data = MappedFile::open(path);
     if (!data) {
         skip(path, "Could not be read.");
@@ -35,9 +36,14 @@ std::optional<Record> ScanContext::open(const std::string& path) {
              {}};
     // Below a megabyte a thread costs more than it saves.
     constexpr size_t kFingerprintAlongside = 1 << 20;
-    if (r.data.size() >= kFingerprintAlongside && Parallel::threads() > 1)
-        r.fingerprint =
-            std::async(std::launch::async, [bytes = r.data.bytes()] { return sha256Hex(bytes); });
+    if (alongside && r.data.size() >= kFingerprintAlongside && Parallel::threads() > 1) {
+        try {
+            r.fingerprint = std::async(std::launch::async,
+                                       [bytes = r.data.bytes()] { return sha256Hex(bytes); });
+        } catch (const std::system_error&) {
+            // No thread to be had: admit() takes the fingerprint itself.
+        }
+    }
     return r;
 }
 

@@ -141,7 +141,9 @@ bool isPicture(const std::string& path) {
 void route(ScanContext& ctx, const std::string& path) {
     auto rows = routesFor(path);
     if (rows.empty()) return ctx.skip(path, "Not a file type Kinfolio reads.");
-    auto record = ctx.open(path);
+    bool readBeforeAdmitted =
+        std::any_of(rows.begin(), rows.end(), [](const Route* r) { return r->admitsAfterReading; });
+    auto record = ctx.open(path, readBeforeAdmitted);
     if (!record) return;
     std::string decoded;
     std::optional<std::string_view> content = record->data.bytes();

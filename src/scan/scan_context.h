@@ -61,10 +61,11 @@ struct ScanContext {
     // the file is skipped with its reason and none is returned.
     std::optional<Record> record(const std::string& path);
     // The same step in two halves, so a reader can read a large file while
-    // its fingerprint is taken: open() maps the file and, when it is large
-    // and there are cores to spare, starts the fingerprint; admit() has it,
-    // and skips a copy of an earlier file or a file changed meanwhile.
-    std::optional<Record> open(const std::string& path);
+    // its fingerprint is taken: open() maps the file and, with `alongside`,
+    // when the file is large and there are cores to spare, starts the
+    // fingerprint; admit() has it, and skips a copy of an earlier file or a
+    // file changed meanwhile.
+    std::optional<Record> open(const std::string& path, bool alongside = false);
     bool admit(Record& record);
     // The record of an attached file. A file attached twice (or to two chats)
     // keeps its first record instead of being listed as its own duplicate.
