@@ -22,7 +22,9 @@ unsigned threads() {
         long n = std::strtol(env, &end, 10);
         if (end != env && *end == '\0' && n >= 1) return static_cast<unsigned>(std::min(n, 256L));
     }
-    return std::max(1u, std::thread::hardware_concurrency());
+    // The standard library asks the system anew on every call, a file read.
+    static const unsigned cores = std::max(1u, std::thread::hardware_concurrency());
+    return cores;
 }
 
 void setThreads(unsigned count) {

@@ -69,6 +69,7 @@ bool isValidUtf8(std::string_view bytes) {
     // character never spans such a cut, and an ill-formed one is ill-formed
     // in its piece too.
     constexpr size_t kSmallestPiece = 4 << 20;
+    if (bytes.size() < 2 * kSmallestPiece) return isValidUtf8InOnePiece(bytes);
     size_t pieces = std::min<size_t>(Parallel::threads(), bytes.size() / kSmallestPiece);
     if (pieces < 2) return isValidUtf8InOnePiece(bytes);
     std::vector<size_t> cuts{0};
