@@ -62,6 +62,7 @@ void attach(std::vector<Evidence>& items, const Resolver& resolve, ScanContext& 
     std::vector<size_t> named;
     for (size_t i = 0; i < items.size(); ++i)
         if (items[i].details().attachmentName) named.push_back(i);
+    if (named.empty()) return;
     // Looking a name up on disk is a few system calls; a large chat names
     // thousands of files, so they are looked up on every core.
     const std::vector<std::string> roots = realRoots(ctx);

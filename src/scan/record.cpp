@@ -33,6 +33,7 @@ std::optional<Record> ScanContext::open(const std::string& path, bool alongside)
     Record r{path,
              FileRecord{displayPath(path), "", static_cast<int64_t>(data->size())},
              std::move(*data),
+             false,
              {}};
     // Below a megabyte a thread costs more than it saves.
     constexpr size_t kFingerprintAlongside = 1 << 20;
@@ -48,6 +49,7 @@ std::optional<Record> ScanContext::open(const std::string& path, bool alongside)
 }
 
 bool ScanContext::admit(Record& r) {
+    if (r.admitted) return true;
     r.file.sha256 = r.fingerprint.valid() ? r.fingerprint.get() : sha256Hex(r.data.bytes());
     if (r.data.changed()) {
         skip(r.path, kChangedWhileRead);
@@ -59,6 +61,8 @@ bool ScanContext::admit(Record& r) {
         return false;
     }
     recordedPaths[r.path] = r.file;
+    admittedSizes.insert(r.file.bytes);
+    r.admitted = true;
     return true;
 }
 

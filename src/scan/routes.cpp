@@ -151,13 +151,24 @@ void route(ScanContext& ctx, const std::string& path) {
         content = rows.front()->content == Content::spreadsheet ? spreadsheetText(*content, decoded)
                                                                 : textOf(*content, decoded);
     const Route* r = content ? accepting(rows, *content) : nullptr;
-    // A copy of an earlier file is skipped as one whatever it holds; a
-    // reader that admits the file itself does so once it has read it.
-    if (!(r && r->read && r->admitsAfterReading) && !ctx.admit(*record)) return;
+    // A copy of an earlier file is skipped as one whatever it holds. A
+    // reader that admits the file itself does so once it has read it,
+    // unless an earlier file has its size: reading a copy of a large chat
+    // in full would hold its million items twice.
+    bool readFirst =
+        r && r->read && r->admitsAfterReading && !ctx.admittedSizes.count(record->file.bytes);
+    if (!readFirst && !ctx.admit(*record)) return;
     if (!content) return ctx.skip(record->path, "Text file in an unknown encoding.");
     if (!r) return ctx.skip(record->path, "Not a file type Kinfolio reads.");
     if (!r->read) return ctx.skip(record->path, std::string(r->refusal));
-    readUnlessChanged(ctx, *r, *record, *content);
+    try {
+        readUnlessChanged(ctx, *r, *record, *content);
+    } catch (...) {
+        // A reader that failed before it admitted the file: a copy is still
+        // known as one, and the file is still known to later copies.
+        if (!ctx.admit(*record)) return;
+        throw;
+    }
 }
 
 const std::vector<FolderRoute>& folderRoutes() {

@@ -23,8 +23,11 @@ struct Record {
     std::string path;  // absolute
     FileRecord file;   // its sha256 is empty until the record is admitted
     MappedFile data;
+    bool admitted = false;
     // A large file's fingerprint, taken on a thread of its own while the
-    // file is read. Last, so it is waited for before the bytes go.
+    // file is read. Last, so it is waited for before the bytes go. Assigning
+    // a record, or moving `data` out, would let them go first: neither is
+    // done before the record is admitted.
     std::future<std::string> fingerprint;
 };
 
@@ -47,7 +50,8 @@ struct ScanContext {
     std::vector<Source> sources;
     std::vector<SkippedFile> skipped;
     std::map<std::string, std::string> firstPathOfHash;
-    std::set<std::string> consumed;  // absolute paths claimed by another file's import
+    std::set<int64_t> admittedSizes;  // a file of one of these sizes may be a copy
+    std::set<std::string> consumed;   // absolute paths claimed by another file's import
     std::map<std::string, FileRecord> recordedPaths;
 
     std::map<SourceKind, MediaGroup> media;  // loose photos, videos, e-mails, ...
@@ -64,7 +68,7 @@ struct ScanContext {
     // its fingerprint is taken: open() maps the file and, with `alongside`,
     // when the file is large and there are cores to spare, starts the
     // fingerprint; admit() has it, and skips a copy of an earlier file or a
-    // file changed meanwhile.
+    // file changed meanwhile. Admitting twice changes nothing.
     std::optional<Record> open(const std::string& path, bool alongside = false);
     bool admit(Record& record);
     // The record of an attached file. A file attached twice (or to two chats)
