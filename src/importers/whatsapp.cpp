@@ -141,8 +141,8 @@ std::optional<Instant> messageDate(const std::string& stamp, DateOrder order) {
 
 // What one stretch of a chat reads as: its items are in the slots it was
 // given, one per line at most (a file rewritten in place between the line
-// count and the reading could hold more: it stops there). Line numbers count from the stretch's
-// first line, and its first trouble ends it.
+// count and the reading could hold more: it stops there). Line numbers count
+// from the stretch's first line, and its first trouble ends it.
 struct Stretch {
     size_t items = 0;
     std::vector<int64_t> headerLines;

@@ -118,10 +118,8 @@ std::vector<Piece> Layout::entry(const Section& section, size_t index) {
             piece.keepWithNext = true;
         append(pieces, std::move(sub));
     }
-    const char* dayPattern = "EEEE, MMMM d, yyyy";
-    std::string day = Calendar::format(item.date, dayPattern);
-    if (!previous || Calendar::format(previous->date, dayPattern) != day)
-        pieces.push_back(daySeparator(day));
+    if (!previous || Calendar::startOfDay(previous->date) != Calendar::startOfDay(item.date))
+        pieces.push_back(daySeparator(Calendar::format(item.date, "EEEE, MMMM d, yyyy")));
     append(pieces, render(item));
     return pieces;
 }

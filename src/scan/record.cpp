@@ -33,7 +33,6 @@ std::optional<Record> ScanContext::open(const std::string& path, bool alongside)
     Record r{path,
              FileRecord{displayPath(path), "", static_cast<int64_t>(data->size())},
              std::move(*data),
-             false,
              {}};
     // Below a megabyte a thread costs more than it saves.
     constexpr size_t kFingerprintAlongside = 1 << 20;
@@ -49,20 +48,20 @@ std::optional<Record> ScanContext::open(const std::string& path, bool alongside)
 }
 
 bool ScanContext::admit(Record& r) {
-    if (r.admitted) return true;
-    r.file.sha256 = r.fingerprint.valid() ? r.fingerprint.get() : sha256Hex(r.data.bytes());
+    if (!r.file.sha256.empty()) return true;
+    std::string hash = r.fingerprint.valid() ? r.fingerprint.get() : sha256Hex(r.data.bytes());
     if (r.data.changed()) {
         skip(r.path, kChangedWhileRead);
         return false;
     }
-    auto [it, isNew] = firstPathOfHash.emplace(r.file.sha256, r.file.path);
+    auto [it, isNew] = firstPathOfHash.emplace(hash, r.file.path);
     if (!isNew) {
         skip(r.path, "Same file as " + it->second + ".");
         return false;
     }
+    r.file.sha256 = std::move(hash);
     recordedPaths[r.path] = r.file;
     admittedSizes.insert(r.file.bytes);
-    r.admitted = true;
     return true;
 }
 

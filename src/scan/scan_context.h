@@ -23,7 +23,6 @@ struct Record {
     std::string path;  // absolute
     FileRecord file;   // its sha256 is empty until the record is admitted
     MappedFile data;
-    bool admitted = false;
     // A large file's fingerprint, taken on a thread of its own while the
     // file is read. Last, so it is waited for before the bytes go. Assigning
     // a record, or moving `data` out, would let them go first: neither is

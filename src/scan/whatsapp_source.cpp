@@ -65,10 +65,9 @@ std::string withoutTitlePrefix(const std::string& name) {
     return name;
 }
 
-std::optional<ChatOutcome> whatsappSource(std::string_view text, const FileRecord& file,
-                                          const std::string& name, DateOrder order,
-                                          const std::string& mediaDir, ScanContext& ctx,
-                                          MappedFile* mapped, const std::function<bool()>& admit) {
+void readWhatsAppChat(std::string_view text, const FileRecord& file, const std::string& name,
+                      DateOrder order, const std::string& mediaDir, ScanContext& ctx,
+                      MappedFile* mapped, const std::function<bool()>& admit) {
     std::vector<std::string> notes;
     Importer::ImportResult chat;
     try {
@@ -78,10 +77,12 @@ std::optional<ChatOutcome> whatsappSource(std::string_view text, const FileRecor
         chat = std::move(reading.result);
         if (reading.note) notes.push_back(std::move(*reading.note));
     } catch (const EvidenceError& e) {
-        if (admit && !admit()) return std::nullopt;
-        return SkippedFile{file.path, std::string("Looks like a WhatsApp chat, but: ") + e.what()};
+        if (!admit || admit())
+            ctx.skipped.push_back(SkippedFile{
+                file.path, std::string("Looks like a WhatsApp chat, but: ") + e.what()});
+        return;
     }
-    if (admit && !admit()) return std::nullopt;
+    if (admit && !admit()) return;
     // Each item is looked at on its own, so a million of them are shared
     // out over the cores.
     constexpr size_t kRun = 1 << 15;
@@ -106,8 +107,9 @@ std::optional<ChatOutcome> whatsappSource(std::string_view text, const FileRecor
 
     for (auto& note : chat.notes)
         notes.push_back(std::move(note));
-    return chatSource(SourceKind::whatsapp, file, std::move(media), std::move(chat.items),
-                      withoutTitlePrefix(name), std::move(notes));
+    ctx.sources.push_back(chatSource(SourceKind::whatsapp, file, std::move(media),
+                                     std::move(chat.items), withoutTitlePrefix(name),
+                                     std::move(notes)));
 }
 
 std::optional<ZipArchive::Entry> chatEntry(const ZipArchive& zip) {
@@ -170,13 +172,8 @@ void readWhatsAppText(ScanContext& ctx, Record& chat, std::string_view text) {
     std::string name =
         p.filename() == "_chat.txt" ? p.parent_path().filename().string() : p.stem().string();
     std::string mediaDir = fs::path(chat.path).parent_path().string();
-    auto outcome = whatsappSource(text, chat.file, name, ctx.order, mediaDir, ctx, &chat.data,
-                                  [&] { return ctx.admit(chat); });
-    if (!outcome) return;
-    if (auto* skipped = std::get_if<SkippedFile>(&*outcome))
-        ctx.skipped.push_back(std::move(*skipped));
-    else
-        ctx.sources.push_back(std::move(std::get<Source>(*outcome)));
+    readWhatsAppChat(text, chat.file, name, ctx.order, mediaDir, ctx, &chat.data,
+                     [&] { return ctx.admit(chat); });
 }
 
 void readZip(ScanContext& ctx, Record& zipRecord, std::string_view) {
@@ -197,12 +194,7 @@ void readZip(ScanContext& ctx, Record& zipRecord, std::string_view) {
         auto text = MappedFile::open(*chatPath);
         if (!text) return ctx.skip(zipRecord.path, kNoChat);
         std::string mediaDir = fs::path(*chatPath).parent_path().string();
-        auto outcome =
-            whatsappSource(text->bytes(), zipRecord.file, name, ctx.order, mediaDir, ctx, &*text);
-        if (auto* skipped = std::get_if<SkippedFile>(&*outcome))
-            ctx.skipped.push_back(std::move(*skipped));
-        else
-            ctx.sources.push_back(std::move(std::get<Source>(*outcome)));
+        readWhatsAppChat(text->bytes(), zipRecord.file, name, ctx.order, mediaDir, ctx, &*text);
     } catch (const EvidenceError&) {
         ctx.skip(zipRecord.path, kNoChat);
     }

@@ -4,7 +4,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <variant>
 
 #include "media/zip_archive.h"
 #include "model/settings.h"
@@ -14,20 +13,16 @@
 // beside it, or the ZIP the phone writes when media are attached.
 namespace kinfolio::Scanner {
 
-// The source of one chat, or the chat file skipped with its reason.
-using ChatOutcome = std::variant<Source, SkippedFile>;
-
-// Reads the chat, links its attachments (looked up in mediaDir; claimed in
+// Reads the chat and adds its source to ctx, or the chat file to the skipped
+// files with its reason. Links its attachments (looked up in mediaDir; claimed in
 // ctx.consumed, images recorded) and names it after `name` without the
 // "WhatsApp Chat with " style prefix.
 // `mapped`, when given, holds `text` and may release its pages while reading.
 // `admit`, when given, is called once the text is read and before `file` is
-// used; when it refuses, the chat is left out (none).
-std::optional<ChatOutcome> whatsappSource(std::string_view text, const FileRecord& file,
-                                          const std::string& name, DateOrder order,
-                                          const std::string& mediaDir, ScanContext& ctx,
-                                          MappedFile* mapped = nullptr,
-                                          const std::function<bool()>& admit = {});
+// used; when it refuses, nothing is added (it has skipped the file itself).
+void readWhatsAppChat(std::string_view text, const FileRecord& file, const std::string& name,
+                      DateOrder order, const std::string& mediaDir, ScanContext& ctx,
+                      MappedFile* mapped = nullptr, const std::function<bool()>& admit = {});
 
 // The attachment file name a message names, iPhone or Android style.
 std::optional<std::string> attachmentName(const std::string& text);
