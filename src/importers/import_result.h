@@ -1,9 +1,11 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "model/evidence.h"
+#include "model/settings.h"
 
 namespace kinfolio::Importer {
 
@@ -12,6 +14,11 @@ namespace kinfolio::Importer {
 struct ImportResult {
     std::vector<Evidence> items;
     std::vector<std::string> notes;
+    // What the dates at the starts of the chat's lines tell of the order of
+    // day and month, from a reader that looked at every line as it read (as
+    // Importer::detectOrder looks): the outer none when it did not, the inner
+    // when they tell neither order or both.
+    std::optional<std::optional<DateOrder>> orderSeen;
 };
 
 }  // namespace kinfolio::Importer

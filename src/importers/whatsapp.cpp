@@ -110,22 +110,22 @@ std::string withoutInvisibleMarks(std::string_view line) {
     return removeAll(removeAll(line, "\u200E"), "\uFEFF");
 }
 
-// The rest of a message line after its timestamp, which goes to `stamp`, or
-// none. The fast matcher answers almost every line; the expression decides
-// the odd ones.
-std::optional<std::string_view> messageLine(std::string_view line, std::string& stamp,
-                                            std::string& rest) {
-    auto fast = fast::matchLine(line);
+// The rest of a message line after its timestamp, which goes to `stamp` as
+// written, or none. The fast matcher answers almost every line; the
+// expression decides the odd ones, and then `slow` holds what both point to.
+std::optional<std::string_view> messageLine(std::string_view line, bool plainAscii,
+                                            std::string_view& stamp, WhatsAppLine& slow) {
+    auto fast = fast::matchLine(line, plainAscii);
     if (fast.verdict == fast::Verdict::no) return std::nullopt;
     if (fast.verdict == fast::Verdict::yes) {
-        normaliseTimestamp(fast.timestamp, stamp);
+        stamp = fast.timestamp;
         return fast.rest;
     }
-    auto slow = splitWhatsAppLine(line);
-    if (!slow) return std::nullopt;
-    rest = std::move(slow->rest);
-    normaliseTimestamp(slow->timestamp, stamp);
-    return std::string_view(rest);
+    auto split = splitWhatsAppLine(line);
+    if (!split) return std::nullopt;
+    slow = std::move(*split);
+    stamp = slow.timestamp;
+    return std::string_view(slow.rest);
 }
 
 bool dateLike(std::string_view line) {
@@ -134,9 +134,14 @@ bool dateLike(std::string_view line) {
     return fast == fast::Verdict::yes;
 }
 
-std::optional<Instant> messageDate(const std::string& stamp, DateOrder order) {
+// Most stamps read as written; the rest are normalised into `normalised`
+// first.
+std::optional<Instant> messageDate(std::string_view stamp, DateOrder order,
+                                   std::string& normalised) {
     if (auto t = fast::timestamp(stamp, order)) return t;
-    return date(stamp, order);
+    normaliseTimestamp(stamp, normalised);
+    if (auto t = fast::timestamp(normalised, order)) return t;
+    return date(normalised, order);
 }
 
 // What one stretch of a chat reads as: its items are in the slots it was
@@ -149,12 +154,15 @@ struct Stretch {
     int64_t lines = 0;
     const char* trouble = nullptr;  // the message, finished by " on line N."
     int64_t troubleLine = 0;
+    fast::OrderClues clues;
 };
 
 Stretch parseStretch(std::string_view text, const SharedText& fileID, DateOrder order,
                      MappedFile* mapped, Evidence* slots, size_t slotCount) {
     Stretch out;
-    std::string cleaned, stamp, slowRest;
+    std::string cleaned, normalised, otherRest;
+    std::string_view stamp;
+    WhatsAppLine slow;
     size_t start = 0;
     const char* released = text.data();
     int64_t n = 0;
@@ -165,26 +173,34 @@ Stretch parseStretch(std::string_view text, const SharedText& fileID, DateOrder 
             mapped->releaseBetween(released, text.data() + start);
             released = text.data() + start;
         }
-        size_t end = text.find('\n', start);
-        bool last = end == std::string_view::npos;
-        if (last) end = text.size();
+        // Most lines are plain ASCII: one look finds their end and shows
+        // that they need no closer one.
+        size_t end = plainAsciiEnd(text, start);
+        bool plain = end == text.size() || text[end] == '\n';
+        if (!plain) end = std::min(text.find('\n', end), text.size());
+        bool last = end == text.size();
         std::string_view line = text.substr(start, end - start);
+        out.clues.lookAt(text.substr(start));
         start = end + 1;
         ++n;
         if (last && line.empty()) break;
-        if (hasInvisibleMarks(line)) {
+        if (!plain) {
+            for (size_t i = 0; i < line.size() && !out.clues.unsure; ++i)
+                out.clues.unsure = fast::isLineBreakAt(line, i);
+        }
+        if (!plain && hasInvisibleMarks(line)) {
             cleaned = withoutInvisibleMarks(line);
             line = cleaned;
         }
         // A timestamp that the shared date lists do not read may be in a
         // form that phones of other languages write.
-        std::optional<std::string_view> rest = messageLine(line, stamp, slowRest);
+        std::optional<std::string_view> rest = messageLine(line, plain, stamp, slow);
         std::optional<Instant> when;
-        if (rest) when = messageDate(stamp, order);
+        if (rest) when = messageDate(stamp, order, normalised);
         if (!when) {
             if (auto other = formLine(line, order)) {
-                slowRest = std::move(other->rest);
-                rest = slowRest;
+                otherRest = std::move(other->rest);
+                rest = otherRest;
                 when = other->date;
             }
         }
@@ -237,13 +253,15 @@ Stretch parseStretch(std::string_view text, const SharedText& fileID, DateOrder 
 // loses its continuation lines to the next piece. Below a megabyte one
 // piece is quicker than starting threads.
 std::vector<size_t> cutPoints(std::string_view text) {
-    std::string cleaned, stamp, rest;
+    std::string cleaned;
+    std::string_view stamp;
+    WhatsAppLine slow;
     return Parallel::lineCuts(text, [&](std::string_view line) {
         if (hasInvisibleMarks(line)) {
             cleaned = withoutInvisibleMarks(line);
             line = cleaned;
         }
-        return messageLine(line, stamp, rest).has_value();
+        return messageLine(line, false, stamp, slow).has_value();
     });
 }
 
@@ -295,8 +313,10 @@ ImportResult parseLines(std::string_view text, const std::string& fileID, DateOr
 
     size_t filled = 0;
     int64_t before = 0;  // lines in the earlier pieces
+    fast::OrderClues clues;
     for (size_t k = 0; k < pieces; ++k) {
         const Stretch& s = stretches[k];
+        clues.join(s.clues);
         if (s.trouble)
             throw EvidenceError::invalid(std::string(s.trouble) + " on line " +
                                          std::to_string(before + s.troubleLine) + ".");
@@ -314,6 +334,7 @@ ImportResult parseLines(std::string_view text, const std::string& fileID, DateOr
     }
     result.items.resize(filled);
     if (result.items.empty()) throw EvidenceError::invalid("No WhatsApp messages found.");
+    result.orderSeen = clues.verdict();
     return result;
 }
 
@@ -322,15 +343,22 @@ ImportResult parseLines(std::string_view text, const std::string& fileID, DateOr
 ImportResult whatsapp(std::string_view text, const std::string& fileID, DateOrder order,
                       MappedFile* mapped) {
     std::string owned;
-    if (!isValidUtf8(text)) {
+    bool repaired = !isValidUtf8(text);
+    if (repaired) {
         owned = repairUtf8(text);
         text = owned;
     }
+    // Line breaks as one: the dates at line starts stay the ones the
+    // expression finds in the text as written.
     if (text.find('\r') != std::string_view::npos) {
         owned = replaceAll(replaceAll(text, "\r\n", "\n"), "\r", "\n");
         text = owned;
     }
-    return parseLines(text, fileID, order, mapped);
+    ImportResult result = parseLines(text, fileID, order, mapped);
+    // What the dates tell of a text with broken bytes is the expression's
+    // to say.
+    if (repaired) result.orderSeen.reset();
+    return result;
 }
 
 }  // namespace kinfolio::Importer

@@ -144,7 +144,7 @@ LineMatch noMatch() {
 
 }  // namespace
 
-LineMatch matchLine(std::string_view line) {
+LineMatch matchLine(std::string_view line, bool plainAscii) {
     Cursor c{line};
     bool iphone = c.is('[');
     if (iphone) ++c.i;
@@ -164,7 +164,7 @@ LineMatch matchLine(std::string_view line) {
     }
     c.spaces();
     if (c.unsure) return {};
-    for (size_t i = c.i; i < line.size(); ++i) {
+    for (size_t i = plainAscii ? line.size() : c.i; i < line.size(); ++i) {
         // Eight bytes at a time past plain ASCII text.
         while (i + 8 <= line.size() && !mayEndALine(eightBytes(line.data() + i)))
             i += 8;
@@ -219,8 +219,10 @@ std::optional<Instant> timestamp(std::string_view s, DateOrder order) {
     int a, b, year, hour, minute, second = 0;
     if (p1 > 2 || p2 - p1 - 1 > 2 || !number(s, 0, p1, a) || !number(s, p1 + 1, p2, b))
         return std::nullopt;
-    size_t yearDigits = space - p2 - 1;
-    if ((yearDigits != 2 && yearDigits != 4) || !number(s, p2 + 1, space, year))
+    // The comma written after the year, which the normalised form drops.
+    size_t yearEnd = s[space - 1] == ',' ? space - 1 : space;
+    size_t yearDigits = yearEnd - p2 - 1;
+    if ((yearDigits != 2 && yearDigits != 4) || !number(s, p2 + 1, yearEnd, year))
         return std::nullopt;
     if (colon - space - 1 < 1 || colon - space - 1 > 2 || !number(s, space + 1, colon, hour))
         return std::nullopt;
@@ -267,63 +269,95 @@ std::optional<Instant> timestamp(std::string_view s, DateOrder order) {
 
 namespace {
 
-// What the dates at the line starts of one piece of a chat say.
-struct OrderClues {
-    bool unsure = false, any = false, dayFirst = false, monthFirst = false;
-};
+// Whether the character at `i` is a digit to \d: ASCII ones are, no other
+// ASCII is; outside ASCII, one that may be leaves the answer unsure.
+Kind digitAt(std::string_view s, size_t i) {
+    if (i >= s.size()) return Kind::other;
+    auto c = static_cast<unsigned char>(s[i]);
+    if (c < 0x80) return c >= '0' && c <= '9' ? Kind::digit : Kind::other;
+    Char ch = classifyNonAscii(s, i);
+    return ch.kind == Kind::other ? Kind::other : Kind::unsure;
+}
 
+// A run of one or two digits that no third continues, its value in `value`.
+bool dayOrMonth(std::string_view s, size_t& i, int& value, bool& unsure) {
+    value = 0;
+    size_t n = 0;
+    for (Kind k; n < 3 && (k = digitAt(s, i)) != Kind::other; ++n, ++i) {
+        if (k == Kind::unsure) {
+            unsure = true;
+            return false;
+        }
+        value = value * 10 + (s[i] - '0');
+    }
+    return n >= 1 && n <= 2;
+}
+
+bool isDateSeparator(std::string_view s, size_t i) {
+    return i < s.size() && (s[i] == '/' || s[i] == '.' || s[i] == '-');
+}
+
+// A piece of a text split at '\n' and '\r' as the expression's "^" splits
+// it; a text that it would also split elsewhere is left to it.
 OrderClues orderClues(std::string_view text) {
     OrderClues clues;
-    // "^" of the expression also follows \v, \f, U+0085, U+2028 and U+2029;
-    // texts holding those are left to it.
-    bool hasCarriageReturn = false;
-    for (size_t i = 0; i < text.size(); ++i) {
-        // Eight bytes at a time while none is a control character below
-        // 0x0E or a byte of a multi-byte character: most chats are mostly
-        // ASCII.
-        while (i + 8 <= text.size() && !mayEndALine(eightBytes(text.data() + i)))
-            i += 8;
-        if (i == text.size()) break;
-        auto b = static_cast<unsigned char>(text[i]);
-        if ((b < 0x0E || b >= 0xC2) && isLineTerminatorAt(text, i)) {
-            if (b != '\r') return {true};
-            hasCarriageReturn = true;
-        }
-    }
     size_t start = 0;
     while (start <= text.size()) {
-        Cursor c{text.substr(start, std::min<size_t>(16, text.size() - start))};
-        if (c.is('[')) ++c.i;
-        size_t a0 = c.i;
-        bool ok = c.digits(1, 2);
-        size_t a1 = c.i;
-        ok = ok && c.oneOf("/.-");
-        size_t b0 = c.i;
-        ok = ok && c.digits(1, 2);
-        size_t b1 = c.i;
-        ok = ok && c.oneOf("/.-") && c.peek() == Kind::digit && (++c.i, c.peek() == Kind::digit);
-        if (c.unsure) return {true};
-        if (ok) {
-            int a = 0, b = 0;
-            number(c.s, a0, a1, a);
-            number(c.s, b0, b1, b);
-            clues.any = true;
-            if (a > 12) {
-                clues.dayFirst = true;
-                if (b > 12) clues.monthFirst = true;
-            } else if (b >= 13) {
-                clues.monthFirst = true;
-            }
+        clues.lookAt(text.substr(start));
+        size_t next = plainAsciiEnd(text, start);
+        while (next < text.size() && text[next] != '\n' && text[next] != '\r') {
+            if (isLineBreakAt(text, next)) return {true};
+            next = plainAsciiEnd(text, next + 1);
         }
-        size_t next =
-            hasCarriageReturn ? text.find_first_of("\r\n", start) : text.find('\n', start);
-        if (next == std::string_view::npos) break;
+        if (next == text.size()) break;
         start = next + 1;
     }
     return clues;
 }
 
 }  // namespace
+
+bool isLineBreakAt(std::string_view s, size_t i) {
+    auto c = static_cast<unsigned char>(s[i]);
+    if (c >= 0x0A && c <= 0x0D) return true;
+    return c >= 0xC2 && isLineTerminatorAt(s, i);
+}
+
+void OrderClues::lookAt(std::string_view from) {
+    // ^\[?(\d{1,2})[/.-](\d{1,2})[/.-]\d{2,4}: only its first ten bytes count.
+    size_t i = from.starts_with('[') ? 1 : 0;
+    int a = 0, b = 0;
+    bool matches = dayOrMonth(from, i, a, unsure) && isDateSeparator(from, i++) &&
+                   dayOrMonth(from, i, b, unsure) && isDateSeparator(from, i++);
+    for (int k = 0; matches && k < 2; ++k, ++i) {
+        Kind d = digitAt(from, i);
+        if (d == Kind::unsure) unsure = true;
+        matches = d == Kind::digit;
+    }
+    if (!matches) return;
+    any = true;
+    if (a > 12) {
+        dayFirst = true;
+        if (b > 12) monthFirst = true;
+    } else if (b >= 13) {
+        monthFirst = true;
+    }
+}
+
+void OrderClues::join(const OrderClues& other) {
+    unsure |= other.unsure;
+    any |= other.any;
+    dayFirst |= other.dayFirst;
+    monthFirst |= other.monthFirst;
+}
+
+std::optional<std::optional<DateOrder>> OrderClues::verdict() const {
+    if (unsure) return std::nullopt;
+    std::optional<DateOrder> found;  // none: no clue, or clues for both orders
+    if (any && dayFirst != monthFirst)
+        found = dayFirst ? DateOrder::dayFirst : DateOrder::monthFirst;
+    return std::make_optional(found);
+}
 
 std::optional<std::optional<DateOrder>> detectOrder(std::string_view text) {
     // Lines are independent, so a large chat is looked at in pieces cut
@@ -334,16 +368,23 @@ std::optional<std::optional<DateOrder>> detectOrder(std::string_view text) {
         pieces[k] = orderClues(text.substr(cuts[k], cuts[k + 1] - cuts[k]));
     });
     OrderClues all;
-    for (const auto& p : pieces) {
-        if (p.unsure) return std::nullopt;
-        all.any |= p.any;
-        all.dayFirst |= p.dayFirst;
-        all.monthFirst |= p.monthFirst;
+    for (const auto& p : pieces)
+        all.join(p);
+    return all.verdict();
+}
+
+std::optional<DateOrder> likelyOrder(std::string_view text) {
+    constexpr size_t kStretches = 16, kStretch = 16 << 10;
+    OrderClues clues;
+    for (size_t k = 0; k < kStretches; ++k) {
+        size_t from = k * text.size() / kStretches;
+        if (k > 0) from = std::min(text.size(), text.find('\n', from) + 1);
+        size_t to = std::min(text.size(), from + kStretch);
+        if (to < text.size()) to = std::min(text.size(), text.rfind('\n', to) + 1);
+        if (to > from) clues.join(orderClues(text.substr(from, to - from)));
     }
-    std::optional<DateOrder> found;  // none: no clue, or clues for both orders
-    if (all.any && all.dayFirst != all.monthFirst)
-        found = all.dayFirst ? DateOrder::dayFirst : DateOrder::monthFirst;
-    return std::make_optional(found);
+    auto verdict = clues.verdict();
+    return verdict ? *verdict : std::nullopt;
 }
 
 }  // namespace kinfolio::Importer::fast

@@ -21,16 +21,42 @@ struct LineMatch {
     std::string_view timestamp;  // group 1 or 2
     std::string_view rest;       // group 3
 };
-LineMatch matchLine(std::string_view line);
+// `plainAscii`: the caller has seen that the line holds only ASCII from 0x0E
+// up, so it holds no line terminator to look for.
+LineMatch matchLine(std::string_view line, bool plainAscii = false);
 
 // Whether the line begins like a timestamp: ^\[?\d{1,4}[/.-]\d{1,2}[/.-]\d{1,4}
 Verdict dateLikeStart(std::string_view line);
 
-// The instant of a normalised WhatsApp timestamp (commas removed, dotted
-// markers rewritten), for the common day/month/year forms; none when unsure.
+// The instant of a WhatsApp timestamp for the common day/month/year forms;
+// none when unsure. A stamp as written, with its comma after the year, reads
+// as its normalised form (commas removed, dotted markers rewritten) does.
 std::optional<Instant> timestamp(std::string_view text, DateOrder order);
+
+// What the dates at the starts of a chat's lines tell of the order of day
+// and month, gathered a line at a time as Importer::detectOrder gathers them
+// over a whole text.
+struct OrderClues {
+    bool unsure = false, any = false, dayFirst = false, monthFirst = false;
+    // A line from its start on; only its first ten bytes count, and a line
+    // shorter than that may run on into the next.
+    void lookAt(std::string_view from);
+    void join(const OrderClues& other);
+    // What Importer::detectOrder answers for the lines looked at: the outer
+    // none when unsure, the inner when they tell neither order or both.
+    std::optional<std::optional<DateOrder>> verdict() const;
+};
+
+// Whether a line break that the expressions' "^" starts a line after begins
+// at `i`: \n, \v, \f, \r, U+0085, U+2028 or U+2029.
+bool isLineBreakAt(std::string_view s, size_t i);
 
 // Importer::detectOrder over a whole chat: the outer none means unsure.
 std::optional<std::optional<DateOrder>> detectOrder(std::string_view text);
+
+// The order that the dates in a few stretches spread over a chat tell; none
+// when they tell neither or the look is unsure. A guess: the rest of the
+// chat may say otherwise.
+std::optional<DateOrder> likelyOrder(std::string_view text);
 
 }  // namespace kinfolio::Importer::fast

@@ -2,6 +2,9 @@
 
 #include <unicode/regex.h>
 #include <unicode/unistr.h>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 #include <cstdint>
 #include <cstring>
@@ -38,6 +41,32 @@ inline bool anyByteBelow(uint64_t word, uint8_t n) {
 inline bool anyByteIs(uint64_t word, char c) {
     return anyByteBelow(word ^ (0x0101010101010101ULL * static_cast<uint8_t>(c)), 1);
 }
+// Where the plain ASCII run that starts at `from` ends: the first byte that is
+// a control character below 0x0E (a line feed, a tab) or not ASCII, or the
+// text's size. One look finds both the end of a line and whether the line
+// needs a closer look.
+inline size_t plainAsciiEnd(std::string_view s, size_t from) {
+    size_t i = from;
+#if defined(__SSE2__)
+    // Compared as signed bytes, those from 0x80 up are below 0x0E too.
+    const __m128i limit = _mm_set1_epi8(0x0E);
+    for (; i + 16 <= s.size(); i += 16) {
+        __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s.data() + i));
+        if (int found = _mm_movemask_epi8(_mm_cmplt_epi8(v, limit)))
+            return i + static_cast<size_t>(__builtin_ctz(static_cast<unsigned>(found)));
+    }
+#endif
+    while (i + 8 <= s.size()) {
+        uint64_t word = eightBytes(s.data() + i);
+        if (anyNonAscii(word) || anyByteBelow(word, 0x0E)) break;
+        i += 8;
+    }
+    while (i < s.size() && static_cast<unsigned char>(s[i]) >= 0x0E &&
+           static_cast<unsigned char>(s[i]) < 0x80)
+        ++i;
+    return i;
+}
+
 // Ill-formed sequences become U+FFFD.
 std::string repairUtf8(std::string_view bytes);
 // UTF-16 with a byte-order mark, or without one when the bytes read as

@@ -45,6 +45,20 @@ ChatDateOrder chatDateOrder(std::string_view text, DateOrder setting) {
 
 ChatReading readInChatOrder(std::string_view text, DateOrder setting,
                             const std::function<Importer::ImportResult(DateOrder)>& read) {
+    if (setting != DateOrder::automatic) return {read(setting), setting, std::nullopt};
+    // A reader that looks at every line's date as it reads tells the order
+    // itself: the chat is read once, in the order that a few stretches of it
+    // suggest, and again only when the whole of it tells the other.
+    if (auto guess = Importer::fast::likelyOrder(text)) {
+        try {
+            auto result = read(*guess);
+            if (result.orderSeen == std::make_optional(guess))
+                return {std::move(result), *guess, std::nullopt};
+        } catch (const EvidenceError&) {
+            // A chat whose dates make no sense in the guessed order is
+            // decided as one without a guess.
+        }
+    }
     ChatDateOrder decided = chatDateOrder(text, setting);
     if (!decided.note) return {read(decided.order), decided.order, std::nullopt};
 

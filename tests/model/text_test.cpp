@@ -62,6 +62,23 @@ TEST(EightBytes, AnswerAsEachByteLookedAtAlone) {
         }
 }
 
+TEST(EightBytes, PlainAsciiRunEndsAtTheFirstByteLookedAtAlone) {
+    // Every length up to past two wide steps, each byte value at each place.
+    for (size_t length = 0; length <= 40; ++length)
+        for (size_t place = 0; place <= length; ++place)
+            for (int value : {0x00, 0x09, 0x0A, 0x0D, 0x0E, 0x1F, 0x7F, 0x80, 0xC2, 0xFF}) {
+                std::string bytes(length + 1, 'x');
+                bytes[place] = static_cast<char>(value);
+                bytes.resize(length);
+                size_t from = place / 2;
+                size_t expected = from;
+                while (expected < length && static_cast<unsigned char>(bytes[expected]) >= 0x0E &&
+                       static_cast<unsigned char>(bytes[expected]) < 0x80)
+                    ++expected;
+                ASSERT_EQ(plainAsciiEnd(bytes, from), expected) << length << " " << place;
+            }
+}
+
 TEST(Utf16, ByteOrderMarkOrPlausibleText) {
     using namespace std::string_literals;
     const std::pair<std::string, std::optional<std::string>> cases[] = {

@@ -59,5 +59,32 @@ TEST(ChatDateOrder, AmbiguousDatesFollowTheChatsChronology) {
               "Could not read the date on line 2.");
 }
 
+// Dates that tell the order decide it with one reading: the reader's own
+// look at the lines must agree with the whole chat's, blank lines and
+// Windows line ends included.
+TEST(ChatDateOrder, DatesThatTellTheOrderAreReadOnce) {
+    const std::tuple<const char*, std::string, DateOrder, int> cases[] = {
+        {"a day above 12", "3/4/23, 9:00 - A: a\n13/4/23, 9:00 - A: b\n", dayFirst, 1},
+        {"a month above 12", "3/4/23, 9:00 - A: a\n4/13/23, 9:00 - A: b\n", monthFirst, 1},
+        {"blank lines inside a message", "[13/4/23, 9:00:00] A: a\n\nb\n\n", dayFirst, 1},
+        {"Windows line ends", "4/13/23, 9:00 - A: a\r\nb\r\n4/14/23, 9:00 - A: c\r\n", monthFirst,
+         1},
+        // Read both ways: the reader drops the mark, the look does not.
+        {"a mark before a line's date hides it from the look",
+         "\u200E4/13/23, 9:00 - A: a\n3/4/23, 9:00 - A: b\n", monthFirst, 2},
+        // A break that only the expression sees leaves the look to it.
+        {"a line separator in a message", "4/13/23, 9:00 - A: a\u2028b\n", monthFirst, 1},
+    };
+    for (const auto& [name, chat, order, reads] : cases) {
+        int count = 0;
+        auto reading = readInChatOrder(chat, automatic, [&](DateOrder o) {
+            ++count;
+            return Importer::whatsapp(chat, "f", o);
+        });
+        EXPECT_EQ(reading.order, order) << name;
+        EXPECT_EQ(count, reads) << name;
+    }
+}
+
 }  // namespace
 }  // namespace kinfolio::Scanner
