@@ -64,6 +64,25 @@ void normaliseTimestamp(std::string_view stamp, std::string& out) {
     out.append(stamp, run, stamp.size() - run);
 }
 
+std::optional<std::string> whatsappAttachmentName(const std::string& text) {
+    // Both expressions need their literal words; most messages have neither.
+    // The searches start at a rare character: one starting at a space would
+    // stop at every word.
+    if (text.find("<attached: ") != std::string::npos) {
+        static const Regex iphone("<attached: ([^>]+)>");
+        icu::UnicodeString u = toUnicode(text);
+        auto m = iphone.matcher(u);
+        if (m->find()) return groupText(*m, 1);
+    }
+    if (text.find("(file attached)") != std::string::npos) {
+        static const Regex android("^(\\S.*\\.\\w{2,4}) \\(file attached\\)");
+        icu::UnicodeString u = toUnicode(text);
+        auto m = android.matcher(u);
+        if (m->find()) return groupText(*m, 1);
+    }
+    return std::nullopt;
+}
+
 bool looksLikeWhatsApp(std::string_view text) {
     icu::UnicodeString prefix = toUnicode(prefixCodePoints(text, 4000));
     // Lines split at any line break, empty ones left out.
@@ -144,6 +163,11 @@ std::optional<Instant> messageDate(std::string_view stamp, DateOrder order,
     return date(normalised, order);
 }
 
+// Looked at once its text is whole, while it is still at hand.
+void nameAttachment(Evidence& e) {
+    if (auto name = whatsappAttachmentName(e.text)) e.detailsForWriting().attachmentName = name;
+}
+
 // What one stretch of a chat reads as: its items are in the slots it was
 // given, one per line at most (a file rewritten in place between the line
 // count and the reading could hold more: it stops there). Line numbers count
@@ -163,6 +187,7 @@ Stretch parseStretch(std::string_view text, const SharedText& fileID, DateOrder 
     std::string cleaned, normalised, otherRest;
     std::string_view stamp;
     WhatsAppLine slow;
+    bool mayName = false;  // whether the last item's text may name an attachment
     size_t start = 0;
     const char* released = text.data();
     int64_t n = 0;
@@ -173,9 +198,9 @@ Stretch parseStretch(std::string_view text, const SharedText& fileID, DateOrder 
             mapped->releaseBetween(released, text.data() + start);
             released = text.data() + start;
         }
-        // Most lines are plain ASCII: one look finds their end and shows
-        // that they need no closer one.
-        size_t end = plainAsciiEnd(text, start);
+        // Most lines are plain ASCII: one look finds their end, shows that
+        // they need no closer one, and whether they may name an attachment.
+        auto [end, marked] = plainAsciiRun(text, start, '<', '(');
         bool plain = end == text.size() || text[end] == '\n';
         if (!plain) end = std::min(text.find('\n', end), text.size());
         bool last = end == text.size();
@@ -230,6 +255,8 @@ Stretch parseStretch(std::string_view text, const SharedText& fileID, DateOrder 
             }
             e.fileID = fileID;
             e.position = n;
+            if (out.items > 0 && mayName) nameAttachment(slots[out.items - 1]);
+            mayName = !plain || marked;
             slots[out.items++] = std::move(e);
         } else if (dateLike(line)) {
             out.trouble = "Unsupported timestamp";
@@ -239,11 +266,13 @@ Stretch parseStretch(std::string_view text, const SharedText& fileID, DateOrder 
             std::string& body = slots[out.items - 1].text;
             body += '\n';
             body += line;
+            mayName = mayName || !plain || marked;
         } else if (!line.empty()) {
             out.headerLines.push_back(n);
         }
         if (last) break;
     }
+    if (out.items > 0 && mayName) nameAttachment(slots[out.items - 1]);
     out.lines = n;
     return out;
 }

@@ -68,8 +68,7 @@ std::optional<std::pair<Instant, Instant>> Source::dateRange() const {
     return std::make_pair(lo->date, hi->date);
 }
 
-std::string dateRangeSummary(const Source& source) {
-    auto range = source.dateRange();
+std::string dateRangeSummary(std::optional<std::pair<Instant, Instant>> range) {
     if (!range) return "";
     std::string first = Calendar::format(range->first, "MMM yyyy");
     std::string last = Calendar::format(range->second, "MMM yyyy");

@@ -71,8 +71,8 @@ struct Source {
     std::optional<std::pair<Instant, Instant>> dateRange() const;
 };
 
-// " · Jan 2025 – Mar 2025", " · Jan 2025" for one month, "" without items.
-std::string dateRangeSummary(const Source& source);
+// " · Jan 2025 – Mar 2025", " · Jan 2025" for one month, "" without dates.
+std::string dateRangeSummary(std::optional<std::pair<Instant, Instant>> range);
 
 struct ScanResult {
     std::string folder;  // absolute path of the materials folder

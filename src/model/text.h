@@ -41,30 +41,44 @@ inline bool anyByteBelow(uint64_t word, uint8_t n) {
 inline bool anyByteIs(uint64_t word, char c) {
     return anyByteBelow(word ^ (0x0101010101010101ULL * static_cast<uint8_t>(c)), 1);
 }
-// Where the plain ASCII run that starts at `from` ends: the first byte that is
-// a control character below 0x0E (a line feed, a tab) or not ASCII, or the
-// text's size. One look finds both the end of a line and whether the line
-// needs a closer look.
-inline size_t plainAsciiEnd(std::string_view s, size_t from) {
+// The plain ASCII run that starts at `from`: where it ends, at the first byte
+// that is a control character below 0x0E (a line feed, a tab) or not ASCII,
+// or at the text's size; and whether it holds `markA` or `markB`. One look
+// finds a line's end, whether the line needs a closer one, and whether it
+// may hold what the marks begin.
+struct PlainRun {
+    size_t end = 0;
+    bool marked = false;
+};
+inline PlainRun plainAsciiRun(std::string_view s, size_t from, char markA, char markB) {
     size_t i = from;
+    bool marked = false;
 #if defined(__SSE2__)
     // Compared as signed bytes, those from 0x80 up are below 0x0E too.
-    const __m128i limit = _mm_set1_epi8(0x0E);
+    const __m128i limit = _mm_set1_epi8(0x0E), a = _mm_set1_epi8(markA), b = _mm_set1_epi8(markB);
     for (; i + 16 <= s.size(); i += 16) {
         __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s.data() + i));
-        if (int found = _mm_movemask_epi8(_mm_cmplt_epi8(v, limit)))
-            return i + static_cast<size_t>(__builtin_ctz(static_cast<unsigned>(found)));
+        auto stop = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmplt_epi8(v, limit)));
+        auto marks = static_cast<unsigned>(
+            _mm_movemask_epi8(_mm_or_si128(_mm_cmpeq_epi8(v, a), _mm_cmpeq_epi8(v, b))));
+        if (stop) {
+            // Only marks before the end count.
+            unsigned before = (stop & (0u - stop)) - 1;
+            marked = marked || (marks & before) != 0;
+            return {i + static_cast<size_t>(__builtin_ctz(stop)), marked};
+        }
+        marked = marked || marks != 0;
     }
 #endif
-    while (i + 8 <= s.size()) {
-        uint64_t word = eightBytes(s.data() + i);
-        if (anyNonAscii(word) || anyByteBelow(word, 0x0E)) break;
-        i += 8;
+    for (; i < s.size(); ++i) {
+        auto c = static_cast<unsigned char>(s[i]);
+        if (c < 0x0E || c >= 0x80) break;
+        marked = marked || s[i] == markA || s[i] == markB;
     }
-    while (i < s.size() && static_cast<unsigned char>(s[i]) >= 0x0E &&
-           static_cast<unsigned char>(s[i]) < 0x80)
-        ++i;
-    return i;
+    return {i, marked};
+}
+inline size_t plainAsciiEnd(std::string_view s, size_t from) {
+    return plainAsciiRun(s, from, '\x7F', '\x7F').end;
 }
 
 // Ill-formed sequences become U+FFFD.

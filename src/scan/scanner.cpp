@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <filesystem>
 
+#include "model/parallel.h"
 #include "model/text.h"
 #include "scan/routes.h"
 #include "scan/scan_context.h"
@@ -20,6 +21,40 @@ std::string counted(size_t n, std::string_view singular, std::string_view plural
     return std::to_string(n) + " " + std::string(n == 1 ? singular : plural);
 }
 
+// The first and last dates of items in date order.
+std::optional<std::pair<Instant, Instant>> sortedRange(const std::vector<Evidence>& items) {
+    if (items.empty()) return std::nullopt;
+    return std::make_pair(items.front().date, items.back().date);
+}
+
+// A chat's messages and calls counted, and whether its items are in date
+// order, in one look on every core: a chat may hold a million items.
+struct ChatTally {
+    size_t messages = 0, calls = 0;
+    bool inOrder = true;
+};
+
+ChatTally tally(const std::vector<Evidence>& items) {
+    constexpr size_t kRun = 1 << 16;
+    std::vector<ChatTally> runs((items.size() + kRun - 1) / kRun);
+    Parallel::forEach(runs.size(), [&](size_t r) {
+        ChatTally& t = runs[r];
+        for (size_t i = r * kRun; i < std::min(items.size(), (r + 1) * kRun); ++i) {
+            const Evidence& item = items[i];
+            if (item.kind == ItemKind::message && !item.sender.empty()) ++t.messages;
+            if (item.kind == ItemKind::call) ++t.calls;
+            if (i > 0 && item.date < items[i - 1].date) t.inOrder = false;
+        }
+    });
+    ChatTally all;
+    for (const auto& t : runs) {
+        all.messages += t.messages;
+        all.calls += t.calls;
+        all.inOrder = all.inOrder && t.inOrder;
+    }
+    return all;
+}
+
 // A group of loose media becomes one source: "Photos", "12 photos · Jan 2025".
 Source mediaSource(SourceKind kind, MediaGroup& group) {
     const SourceKindInfo& about = info(kind);
@@ -31,7 +66,8 @@ Source mediaSource(SourceKind kind, MediaGroup& group) {
     s.files = std::move(group.files);
     s.items = std::move(group.items);
     sortByDate(s.items);
-    s.detail = counted(s.items.size(), singular, singular + "s") + dateRangeSummary(s);
+    s.detail =
+        counted(s.items.size(), singular, singular + "s") + dateRangeSummary(sortedRange(s.items));
     if (kind == SourceKind::photos && group.estimatedDates > 0) {
         s.notes.push_back(group.estimatedDates == 1
                               ? "1 photo has no camera date; marked as estimated."
@@ -52,7 +88,8 @@ Source chatSource(SourceKind kind, const FileRecord& file, std::vector<FileRecor
     for (auto& m : media)
         s.files.push_back(std::move(m));
     s.items = std::move(items);
-    sortByDate(s.items);
+    ChatTally counts = tally(s.items);
+    if (!counts.inOrder) sortByDate(s.items);
     s.notes = std::move(notes);
 
     if (name.empty() || startsWith(name, "_") || asciiLower(name) == "messages") {
@@ -63,19 +100,14 @@ Source chatSource(SourceKind kind, const FileRecord& file, std::vector<FileRecor
     }
     s.name = std::move(name);
 
-    size_t messages = 0, calls = 0;
-    for (const auto& item : s.items) {
-        if (item.kind == ItemKind::message && !item.sender.empty()) ++messages;
-        if (item.kind == ItemKind::call) ++calls;
-    }
     std::vector<std::string> parts;
     if (kind != SourceKind::chatCSV) parts.emplace_back(info(kind).badgeLabel);
-    parts.push_back(counted(messages, "message", "messages"));
-    if (calls > 0) parts.push_back(counted(calls, "call", "calls"));
+    parts.push_back(counted(counts.messages, "message", "messages"));
+    if (counts.calls > 0) parts.push_back(counted(counts.calls, "call", "calls"));
     std::string detail;
     for (const auto& p : parts)
         detail += (detail.empty() ? "" : " · ") + p;
-    s.detail = detail + dateRangeSummary(s);
+    s.detail = detail + dateRangeSummary(sortedRange(s.items));
     return s;
 }
 

@@ -40,25 +40,6 @@ bool isOwnRegularFile(const std::string& path) {
 
 }  // namespace
 
-std::optional<std::string> attachmentName(const std::string& text) {
-    // Both expressions need their literal words; most messages have neither.
-    // The searches start at a rare character: one starting at a space would
-    // stop at every word.
-    if (text.find("<attached: ") != std::string::npos) {
-        static const Regex iphone("<attached: ([^>]+)>");
-        icu::UnicodeString u = toUnicode(text);
-        auto m = iphone.matcher(u);
-        if (m->find()) return groupText(*m, 1);
-    }
-    if (text.find("(file attached)") != std::string::npos) {
-        static const Regex android("^(\\S.*\\.\\w{2,4}) \\(file attached\\)");
-        icu::UnicodeString u = toUnicode(text);
-        auto m = android.matcher(u);
-        if (m->find()) return groupText(*m, 1);
-    }
-    return std::nullopt;
-}
-
 std::string withoutTitlePrefix(const std::string& name) {
     for (auto prefix : kTitlePrefixes)
         if (startsWith(name, prefix)) return name.substr(prefix.size());
@@ -83,17 +64,13 @@ void readWhatsAppChat(std::string_view text, const FileRecord& file, const std::
         return;
     }
     if (admit && !admit()) return;
-    // Each item is looked at on its own, so a million of them are shared
-    // out over the cores.
+    // A million items are shared out over the cores.
     constexpr size_t kRun = 1 << 15;
     auto& items = chat.items;
     const SharedText fileID(file.sha256);
     Parallel::forEach((items.size() + kRun - 1) / kRun, [&](size_t r) {
-        for (size_t i = r * kRun; i < std::min(items.size(), (r + 1) * kRun); ++i) {
+        for (size_t i = r * kRun; i < std::min(items.size(), (r + 1) * kRun); ++i)
             items[i].fileID = fileID;
-            if (auto name = attachmentName(items[i].text))
-                items[i].detailsForWriting().attachmentName = std::move(name);
-        }
     });
 
     std::vector<FileRecord> media;

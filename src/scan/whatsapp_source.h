@@ -24,9 +24,6 @@ void readWhatsAppChat(std::string_view text, const FileRecord& file, const std::
                       DateOrder order, const std::string& mediaDir, ScanContext& ctx,
                       MappedFile* mapped = nullptr, const std::function<bool()>& admit = {});
 
-// The attachment file name a message names, iPhone or Android style.
-std::optional<std::string> attachmentName(const std::string& text);
-
 // The chat's name without the export's title prefix.
 std::string withoutTitlePrefix(const std::string& name);
 

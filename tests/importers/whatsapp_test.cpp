@@ -75,6 +75,30 @@ TEST(WhatsApp, RefusalsNameTheLine) {
         EXPECT_EQ(testing::errorOf([&] { whatsapp(text, "f", order); }), message) << text;
 }
 
+// Each message gets the attachment it names, in whichever of its lines,
+// and no other message's.
+TEST(WhatsApp, MessagesNameTheirOwnAttachments) {
+    const std::string at = "[05/01/2025, 09:00:00] ";
+    const std::pair<std::string, std::vector<std::string>> cases[] = {
+        {at + "Sam: <attached: 00000003-PHOTO.jpg>\n" + at + "Alex: nice\n",
+         {"00000003-PHOTO.jpg", ""}},
+        {at + "Sam: hi\n" + at + "Alex: \u200E<attached: 00000004-VIDEO.mp4>\n",
+         {"", "00000004-VIDEO.mp4"}},
+        {at + "Sam: look at this long first line, then\n<attached: a.pdf>\n" + at + "Alex: ok",
+         {"a.pdf", ""}},
+        {"5/1/25, 9:04 - Sam: IMG-20250105-WA0001.jpg (file attached)\n5/1/25, 9:05 - Sam: ok\n",
+         {"IMG-20250105-WA0001.jpg", ""}},
+        {at + "Sam (work): a <b> c (d)\n" + at + "Sam: caf\u00e9 (with \u00e9)\n", {"", ""}},
+    };
+    for (const auto& [text, names] : cases) {
+        auto r = whatsapp(text, "f", dayFirst);
+        std::vector<std::string> got;
+        for (const auto& item : r.items)
+            got.push_back(item.details().attachmentName.value_or(""));
+        EXPECT_EQ(got, names) << text;
+    }
+}
+
 // Android's "p.m." is read as PM; a marker spelt any other way is left
 // for the locale forms to read.
 TEST(WhatsApp, NormalisesOnlyExactDottedMarkers) {

@@ -62,20 +62,28 @@ TEST(EightBytes, AnswerAsEachByteLookedAtAlone) {
         }
 }
 
-TEST(EightBytes, PlainAsciiRunEndsAtTheFirstByteLookedAtAlone) {
+TEST(EightBytes, PlainAsciiRunAnswersAsEachByteLookedAtAlone) {
     // Every length up to past two wide steps, each byte value at each place.
     for (size_t length = 0; length <= 40; ++length)
         for (size_t place = 0; place <= length; ++place)
             for (int value : {0x00, 0x09, 0x0A, 0x0D, 0x0E, 0x1F, 0x7F, 0x80, 0xC2, 0xFF}) {
+                // A mark before the place and one after it: only marks
+                // inside the run count.
                 std::string bytes(length + 1, 'x');
                 bytes[place] = static_cast<char>(value);
+                if (place >= 3) bytes[place - 3] = '<';
+                if (place + 2 < length) bytes[place + 2] = '(';
                 bytes.resize(length);
                 size_t from = place / 2;
-                size_t expected = from;
-                while (expected < length && static_cast<unsigned char>(bytes[expected]) >= 0x0E &&
-                       static_cast<unsigned char>(bytes[expected]) < 0x80)
-                    ++expected;
-                ASSERT_EQ(plainAsciiEnd(bytes, from), expected) << length << " " << place;
+                size_t end = from;
+                bool marked = false;
+                for (; end < length && static_cast<unsigned char>(bytes[end]) >= 0x0E &&
+                       static_cast<unsigned char>(bytes[end]) < 0x80;
+                     ++end)
+                    marked = marked || bytes[end] == '<' || bytes[end] == '(';
+                auto run = plainAsciiRun(bytes, from, '<', '(');
+                ASSERT_EQ(run.end, end) << length << " " << place << " " << value;
+                ASSERT_EQ(run.marked, marked) << length << " " << place << " " << value;
             }
 }
 
