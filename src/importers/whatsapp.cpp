@@ -308,20 +308,22 @@ void prepareSlots(const Evidence* slots, size_t count) {
 // A large chat is read in pieces on every core and joined in order; the
 // result is the one reading of the whole, line numbers included. Each piece
 // fills its own stretch of one vector, a slot for each of its lines, so a
-// million items are never held twice while the pieces are joined.
-ImportResult parseLines(std::string_view text, const std::string& fileID, DateOrder order,
-                        MappedFile* mapped) {
+// million items are never held twice while the pieces are joined. None when
+// the text holds carriage returns or broken bytes: it is to be mended first.
+std::optional<ImportResult> parseLines(std::string_view text, const std::string& fileID,
+                                       DateOrder order, MappedFile* mapped) {
     const SharedText sharedID(fileID);
     std::vector<size_t> cuts = cutPoints(text);
     size_t pieces = cuts.size() - 1;
-    std::vector<size_t> firstSlot(pieces + 1, 0);
+    std::vector<LineLook> looks(pieces);
     Parallel::forEach(pieces, [&](size_t k) {
-        auto from = text.begin() + static_cast<ptrdiff_t>(cuts[k]);
-        auto to = text.begin() + static_cast<ptrdiff_t>(cuts[k + 1]);
-        firstSlot[k + 1] = static_cast<size_t>(std::count(from, to, '\n')) + 1;
+        looks[k] = lookOverLines(text.substr(cuts[k], cuts[k + 1] - cuts[k]));
     });
-    for (size_t k = 0; k < pieces; ++k)
-        firstSlot[k + 1] += firstSlot[k];
+    std::vector<size_t> firstSlot(pieces + 1, 0);
+    for (size_t k = 0; k < pieces; ++k) {
+        if (!looks[k].wellFormed || looks[k].carriageReturn) return std::nullopt;
+        firstSlot[k + 1] = firstSlot[k] + looks[k].lineFeeds + 1;
+    }
 
     // The passes above have brought the whole file into memory, and the
     // slots are about to join it there: its pages go first, and each piece
@@ -371,21 +373,15 @@ ImportResult parseLines(std::string_view text, const std::string& fileID, DateOr
 
 ImportResult whatsapp(std::string_view text, const std::string& fileID, DateOrder order,
                       MappedFile* mapped) {
-    std::string owned;
+    if (auto result = parseLines(text, fileID, order, mapped)) return std::move(*result);
+    // Mended first: broken bytes, and every line break as a line feed. The
+    // dates at line starts stay the ones the expression finds in the text as
+    // written; what they tell of a text with broken bytes is the
+    // expression's to say.
     bool repaired = !isValidUtf8(text);
-    if (repaired) {
-        owned = repairUtf8(text);
-        text = owned;
-    }
-    // Line breaks as one: the dates at line starts stay the ones the
-    // expression finds in the text as written.
-    if (text.find('\r') != std::string_view::npos) {
-        owned = replaceAll(replaceAll(text, "\r\n", "\n"), "\r", "\n");
-        text = owned;
-    }
-    ImportResult result = parseLines(text, fileID, order, mapped);
-    // What the dates tell of a text with broken bytes is the expression's
-    // to say.
+    std::string mended = repaired ? repairUtf8(text) : std::string(text);
+    mended = replaceAll(replaceAll(mended, "\r\n", "\n"), "\r", "\n");
+    ImportResult result = parseLines(mended, fileID, order, nullptr).value();
     if (repaired) result.orderSeen.reset();
     return result;
 }

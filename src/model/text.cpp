@@ -87,6 +87,53 @@ bool isValidUtf8(std::string_view bytes) {
     return std::all_of(valid.begin(), valid.end(), [](char v) { return v != 0; });
 }
 
+LineLook lookOverLines(std::string_view text) {
+    LineLook look;
+    const auto* s = reinterpret_cast<const uint8_t*>(text.data());
+    size_t n = text.size(), i = 0;
+    while (i < n) {
+#if defined(__SSE2__)
+        // Sixteen ASCII bytes at a time. Line feeds are counted in sixteen
+        // byte-wide counters, summed before any can pass 255.
+        const __m128i lineFeed = _mm_set1_epi8('\n'), carriageReturn = _mm_set1_epi8('\r'),
+                      zero = _mm_setzero_si128();
+        __m128i counters = zero, returns = zero;
+        auto sum = [&] {
+            __m128i pairs = _mm_sad_epu8(counters, zero);
+            look.lineFeeds += static_cast<size_t>(_mm_cvtsi128_si32(pairs)) +
+                              static_cast<size_t>(_mm_extract_epi16(pairs, 4));
+            counters = zero;
+        };
+        for (int counted = 0; i + 16 <= n; i += 16) {
+            __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i));
+            if (_mm_movemask_epi8(v)) break;
+            counters = _mm_sub_epi8(counters, _mm_cmpeq_epi8(v, lineFeed));
+            returns = _mm_or_si128(returns, _mm_cmpeq_epi8(v, carriageReturn));
+            if (++counted == 255) {
+                sum();
+                counted = 0;
+            }
+        }
+        sum();
+        look.carriageReturn = look.carriageReturn || _mm_movemask_epi8(returns) != 0;
+        if (i >= n) break;
+#endif
+        if (s[i] < 0x80) {
+            look.lineFeeds += s[i] == '\n';
+            look.carriageReturn = look.carriageReturn || s[i] == '\r';
+            ++i;
+            continue;
+        }
+        int32_t length = 0;
+        if (codePointAt(text, i, length) < 0) {
+            look.wellFormed = false;
+            return look;
+        }
+        i += static_cast<size_t>(length);
+    }
+    return look;
+}
+
 std::string repairUtf8(std::string_view bytes) {
     if (isValidUtf8(bytes)) return std::string(bytes);
     std::string out;

@@ -81,6 +81,17 @@ inline size_t plainAsciiEnd(std::string_view s, size_t from) {
     return plainAsciiRun(s, from, '\x7F', '\x7F').end;
 }
 
+// What a reader of lines needs to know of a text before it cuts it up, in
+// one look: its line feeds counted, and whether it holds a carriage return
+// or ill-formed UTF-8, of which it must be mended first. The look stops at
+// the first ill-formed byte.
+struct LineLook {
+    size_t lineFeeds = 0;
+    bool carriageReturn = false;
+    bool wellFormed = true;
+};
+LineLook lookOverLines(std::string_view text);
+
 // Ill-formed sequences become U+FFFD.
 std::string repairUtf8(std::string_view bytes);
 // UTF-16 with a byte-order mark, or without one when the bytes read as

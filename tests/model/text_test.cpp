@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
+
 #include <algorithm>
 
 #include "model/parallel.h"
@@ -85,6 +87,30 @@ TEST(EightBytes, PlainAsciiRunAnswersAsEachByteLookedAtAlone) {
                 ASSERT_EQ(run.end, end) << length << " " << place << " " << value;
                 ASSERT_EQ(run.marked, marked) << length << " " << place << " " << value;
             }
+}
+
+// The wide look counts and notices what a byte-by-byte one does, over runs
+// long enough for its counters to be summed many times.
+TEST(Utf8, LookOverLinesAnswersAsAByteByByteLook) {
+    std::mt19937 rng(11);
+    const std::string pieces[] = {"a",  "abcdefghijklmnop", "\n",     "\n\n\n",
+                                  "\r", "\u00e9",           "\u4e2d", "\xC3"};
+    for (int round = 0; round < 300; ++round) {
+        std::string text;
+        size_t parts = std::uniform_int_distribution<size_t>(0, 3000)(rng);
+        for (size_t k = 0; k < parts; ++k) {
+            // Mostly plain text and line feeds; now and then anything else.
+            size_t pick = std::uniform_int_distribution<size_t>(0, 99)(rng);
+            text += pieces[pick < 45 ? 1 : pick < 90 ? 3 : pick % 8];
+        }
+        if (round == 0) text = std::string(10000, '\n');  // every counter full at each sum
+        LineLook look = lookOverLines(text);
+        bool wellFormed = isValidUtf8(text);
+        ASSERT_EQ(look.wellFormed, wellFormed);
+        if (!wellFormed) continue;
+        ASSERT_EQ(look.lineFeeds, static_cast<size_t>(std::ranges::count(text, '\n')));
+        ASSERT_EQ(look.carriageReturn, text.find('\r') != std::string::npos);
+    }
 }
 
 TEST(Utf16, ByteOrderMarkOrPlausibleText) {
