@@ -59,9 +59,16 @@ bool staysInside(const std::vector<std::string>& roots, const std::string& path)
 
 void attach(std::vector<Evidence>& items, const Resolver& resolve, ScanContext& ctx,
             std::vector<FileRecord>& files) {
+    // A million items are looked through on every core.
+    constexpr size_t kItems = 1 << 15;
+    std::vector<std::vector<size_t>> namedIn((items.size() + kItems - 1) / kItems);
+    Parallel::forEach(namedIn.size(), [&](size_t r) {
+        for (size_t i = r * kItems; i < std::min(items.size(), (r + 1) * kItems); ++i)
+            if (items[i].details().attachmentName) namedIn[r].push_back(i);
+    });
     std::vector<size_t> named;
-    for (size_t i = 0; i < items.size(); ++i)
-        if (items[i].details().attachmentName) named.push_back(i);
+    for (const auto& run : namedIn)
+        named.insert(named.end(), run.begin(), run.end());
     if (named.empty()) return;
     // Looking a name up on disk is a few system calls; a large chat names
     // thousands of files, so they are looked up on every core.

@@ -74,10 +74,15 @@ void readWhatsAppChat(std::string_view text, const FileRecord& file, const std::
     });
 
     std::vector<FileRecord> media;
+    const std::string inside = fs::path(mediaDir).lexically_normal().string() + "/";
     Resolver inMediaDir = [&](const std::string& attached) -> std::optional<std::string> {
+        if (attached.empty()) return std::nullopt;
+        // Nearly every name is a plain file name, already in normal form.
+        if (attached.find('/') == std::string::npos && attached != "." && attached != "..")
+            return inside + attached;
         // A name such as "../../x.jpg" must not reach outside the export.
         std::string path = (fs::path(mediaDir) / attached).lexically_normal().string();
-        if (attached.empty() || !startsWith(path, mediaDir + "/")) return std::nullopt;
+        if (!startsWith(path, inside)) return std::nullopt;
         return path;
     };
     attach(chat.items, inMediaDir, ctx, media);
