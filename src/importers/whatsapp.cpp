@@ -170,8 +170,9 @@ void nameAttachment(Evidence& e) {
 
 // What one stretch of a chat reads as: its items are in the slots it was
 // given, one per line at most (a file rewritten in place between the line
-// count and the reading could hold more: it stops there). Line numbers count
-// from the stretch's first line, and its first trouble ends it.
+// count and the reading could hold more: it stops there). Items are numbered
+// by their line in the whole chat, the stretch's own line numbers count from
+// its first line, and its first trouble ends it.
 struct Stretch {
     size_t items = 0;
     std::vector<int64_t> headerLines;
@@ -181,8 +182,8 @@ struct Stretch {
     fast::OrderClues clues;
 };
 
-Stretch parseStretch(std::string_view text, const SharedText& fileID, DateOrder order,
-                     MappedFile* mapped, Evidence* slots, size_t slotCount) {
+Stretch parseStretch(std::string_view text, int64_t firstLine, const SharedText& fileID,
+                     DateOrder order, MappedFile* mapped, Evidence* slots, size_t slotCount) {
     Stretch out;
     std::string cleaned, normalised, otherRest;
     std::string_view stamp;
@@ -235,7 +236,15 @@ Stretch parseStretch(std::string_view text, const SharedText& fileID, DateOrder 
                 out.troubleLine = n;
                 return out;
             }
-            Evidence e;
+            if (out.items == slotCount) {
+                out.trouble = "The chat changed while it was read";
+                out.troubleLine = n;
+                return out;
+            }
+            if (out.items > 0 && mayName) nameAttachment(slots[out.items - 1]);
+            mayName = !plain || marked;
+            // Filled in its slot, which is new.
+            Evidence& e = slots[out.items++];
             e.date = *when;
             size_t colon = rest->find(": ");
             if (colon == std::string_view::npos) {
@@ -245,19 +254,14 @@ Stretch parseStretch(std::string_view text, const SharedText& fileID, DateOrder 
                 std::string_view sender = rest->substr(0, colon);
                 bool mayEndInSpace =
                     !sender.empty() && (sender.back() == ' ' || sender.back() & 0x80);
-                e.sender = mayEndInSpace ? trimWhitespace(sender) : std::string(sender);
+                if (mayEndInSpace)
+                    e.sender = trimWhitespace(sender);
+                else
+                    e.sender = sender;
                 e.text = rest->substr(colon + 2);
             }
-            if (out.items == slotCount) {
-                out.trouble = "The chat changed while it was read";
-                out.troubleLine = n;
-                return out;
-            }
-            e.fileID = fileID;
-            e.position = n;
-            if (out.items > 0 && mayName) nameAttachment(slots[out.items - 1]);
-            mayName = !plain || marked;
-            slots[out.items++] = std::move(e);
+            if (!fileID.empty()) e.fileID = fileID;
+            e.position = firstLine + n;
         } else if (dateLike(line)) {
             out.trouble = "Unsupported timestamp";
             out.troubleLine = n;
@@ -337,9 +341,11 @@ std::optional<ImportResult> parseLines(std::string_view text, const std::string&
     result.items.resize(firstSlot[pieces]);
     std::vector<Stretch> stretches(pieces);
     Parallel::forEach(pieces, [&](size_t k) {
-        stretches[k] =
-            parseStretch(text.substr(cuts[k], cuts[k + 1] - cuts[k]), sharedID, order, mapped,
-                         result.items.data() + firstSlot[k], firstSlot[k + 1] - firstSlot[k]);
+        // The earlier pieces hold a line for each line feed.
+        auto firstLine = static_cast<int64_t>(firstSlot[k] - k);
+        stretches[k] = parseStretch(text.substr(cuts[k], cuts[k + 1] - cuts[k]), firstLine,
+                                    sharedID, order, mapped, result.items.data() + firstSlot[k],
+                                    firstSlot[k + 1] - firstSlot[k]);
     });
 
     size_t filled = 0;
@@ -353,12 +359,11 @@ std::optional<ImportResult> parseLines(std::string_view text, const std::string&
                                          std::to_string(before + s.troubleLine) + ".");
         for (int64_t line : s.headerLines)
             result.notes.push_back("Ignored header line " + std::to_string(before + line) + ".");
-        for (size_t i = 0; i < s.items; ++i) {
-            Evidence& e = result.items[firstSlot[k] + i];
-            e.position += before;
-            if (filled != firstSlot[k] + i) result.items[filled] = std::move(e);
-            ++filled;
-        }
+        auto from = result.items.begin() + static_cast<ptrdiff_t>(firstSlot[k]);
+        if (filled != firstSlot[k])
+            std::move(from, from + static_cast<ptrdiff_t>(s.items),
+                      result.items.begin() + static_cast<ptrdiff_t>(filled));
+        filled += s.items;
         // Every piece but the last ends with its line break, which the
         // reading counts as the start of one more, empty line.
         before += s.lines - 1;

@@ -264,7 +264,19 @@ std::optional<Instant> timestamp(std::string_view s, DateOrder order) {
     }
     int day = order == DateOrder::monthFirst ? b : a;
     int month = order == DateOrder::monthFirst ? a : b;
-    return Calendar::makeDate(year, month, day, hour, minute, second);
+    // Messages come in runs of one day, whose start is worked out once. The
+    // sum is exact: whole seconds far below 2^53.
+    thread_local int lastYear = 0, lastMonth = 0, lastDay = 0;
+    thread_local Instant dayStart = 0;
+    if (year != lastYear || month != lastMonth || day != lastDay) {
+        auto start = Calendar::makeDate(year, month, day, 0, 0, 0);
+        if (!start) return std::nullopt;
+        lastYear = year;
+        lastMonth = month;
+        lastDay = day;
+        dayStart = *start;
+    }
+    return dayStart + hour * 3600.0 + minute * 60.0 + second;
 }
 
 namespace {

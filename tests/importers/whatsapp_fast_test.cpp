@@ -136,6 +136,11 @@ TEST(WhatsAppFast, TimestampsAgreeWithTheDatePatterns) {
         }
     }
     EXPECT_GT(compared, 1000);
+    // One after another, stamps that share all but one part of their day.
+    for (const char* stamp : {"01/02/2015 10:00", "01/02/2016 10:00", "01/03/2016 10:00",
+                              "02/03/2016 10:00", "02/03/2016 23:59:59", "02/03/16 00:00"})
+        for (auto order : {DateOrder::dayFirst, DateOrder::monthFirst})
+            EXPECT_EQ(fast::timestamp(stamp, order), date(stamp, order)) << stamp;
 }
 
 TEST(WhatsAppFast, DateOrderDetectionAgreesWithTheExpression) {
