@@ -198,6 +198,46 @@ bool number(std::string_view s, size_t from, size_t to, int& value) {
 
 }  // namespace
 
+namespace {
+
+// The instant of a stamp's parts, `a` and `b` being day and month in either
+// order and `marker` 0 for none, 1 for AM, 2 for PM; none when unsure.
+std::optional<Instant> instantOf(int a, int b, int year, size_t yearDigits, int hour, int minute,
+                                 int second, int marker, DateOrder order) {
+    // ICU counts days in the Julian calendar before the Gregorian reform of
+    // 1582; such years are left to it.
+    if (yearDigits == 4 && year < 1600) return std::nullopt;
+    if (yearDigits == 2) {
+        int start = Calendar::centuryStartYear();
+        int full = Calendar::fullYear(year);
+        if (full <= start + 1 || full >= start + 99) return std::nullopt;
+        year = full;
+    }
+    if (minute > 59 || second > 59) return std::nullopt;
+    if (marker == 0 && hour > 23) return std::nullopt;
+    if (marker != 0) {
+        if (hour < 1 || hour > 12) return std::nullopt;
+        hour = hour % 12 + (marker == 2 ? 12 : 0);
+    }
+    int day = order == DateOrder::monthFirst ? b : a;
+    int month = order == DateOrder::monthFirst ? a : b;
+    // Messages come in runs of one day, whose start is worked out once. The
+    // sum is exact: whole seconds far below 2^53.
+    thread_local int lastYear = 0, lastMonth = 0, lastDay = 0;
+    thread_local Instant dayStart = 0;
+    if (year != lastYear || month != lastMonth || day != lastDay) {
+        auto start = Calendar::makeDate(year, month, day, 0, 0, 0);
+        if (!start) return std::nullopt;
+        lastYear = year;
+        lastMonth = month;
+        lastDay = day;
+        dayStart = *start;
+    }
+    return dayStart + hour * 3600.0 + minute * 60.0 + second;
+}
+
+}  // namespace
+
 // Handles "d/M/y H:mm[:ss][ AM|PM]" (and month first) and "d.M.y H:mm[:ss]"
 // with a 4-digit year from 1600 on or a 2-digit year away from the pivot
 // year, one space between the parts and values in range: exactly the cases
@@ -247,36 +287,57 @@ std::optional<Instant> timestamp(std::string_view s, DateOrder order) {
         else
             return std::nullopt;
     }
-    // ICU counts days in the Julian calendar before the Gregorian reform of
-    // 1582; such years are left to it.
-    if (yearDigits == 4 && year < 1600) return std::nullopt;
-    if (yearDigits == 2) {
-        int start = Calendar::centuryStartYear();
-        int full = Calendar::fullYear(year);
-        if (full <= start + 1 || full >= start + 99) return std::nullopt;
-        year = full;
-    }
-    if (minute > 59 || second > 59) return std::nullopt;
-    if (marker == 0 && hour > 23) return std::nullopt;
-    if (marker != 0) {
-        if (hour < 1 || hour > 12) return std::nullopt;
-        hour = hour % 12 + (marker == 2 ? 12 : 0);
-    }
-    int day = order == DateOrder::monthFirst ? b : a;
-    int month = order == DateOrder::monthFirst ? a : b;
-    // Messages come in runs of one day, whose start is worked out once. The
-    // sum is exact: whole seconds far below 2^53.
-    thread_local int lastYear = 0, lastMonth = 0, lastDay = 0;
-    thread_local Instant dayStart = 0;
-    if (year != lastYear || month != lastMonth || day != lastDay) {
-        auto start = Calendar::makeDate(year, month, day, 0, 0, 0);
-        if (!start) return std::nullopt;
-        lastYear = year;
-        lastMonth = month;
-        lastDay = day;
-        dayStart = *start;
-    }
-    return dayStart + hour * 3600.0 + minute * 60.0 + second;
+    return instantOf(a, b, year, yearDigits, hour, minute, second, marker, order);
+}
+
+namespace {
+
+// Reads a run of min..max ASCII digits at `i` that no further digit
+// continues.
+bool digitRun(std::string_view s, size_t& i, size_t min, size_t max, int& value) {
+    size_t n = 0;
+    value = 0;
+    for (; n < max && i < s.size() && s[i] >= '0' && s[i] <= '9'; ++n, ++i)
+        value = value * 10 + (s[i] - '0');
+    return n >= min && !(i < s.size() && s[i] >= '0' && s[i] <= '9');
+}
+
+bool skip(std::string_view s, size_t& i, std::string_view what) {
+    if (s.substr(i, what.size()) != what) return false;
+    i += what.size();
+    return true;
+}
+
+}  // namespace
+
+std::optional<QuickLine> quickLine(std::string_view line, DateOrder order) {
+    size_t i = 0;
+    bool iphone = skip(line, i, "[");
+    int a, b, year, hour, minute, second = 0, marker = 0;
+    if (!digitRun(line, i, 1, 2, a) || i >= line.size()) return std::nullopt;
+    char sep = line[i++];
+    if ((sep != '/' && sep != '.') || !digitRun(line, i, 1, 2, b) || !skip(line, i, {&sep, 1}))
+        return std::nullopt;
+    size_t yearStart = i;
+    if (!digitRun(line, i, 2, 4, year) || i - yearStart == 3) return std::nullopt;
+    size_t yearDigits = i - yearStart;
+    skip(line, i, ",");
+    if (!skip(line, i, " ") || !digitRun(line, i, 1, 2, hour) || !skip(line, i, ":") ||
+        !digitRun(line, i, 2, 2, minute))
+        return std::nullopt;
+    if (skip(line, i, ":") && !digitRun(line, i, 2, 2, second)) return std::nullopt;
+    if (skip(line, i, " AM"))
+        marker = 1;
+    else if (skip(line, i, " PM"))
+        marker = 2;
+    // Dotted dates are day first; a marker after one is left to ICU.
+    if (sep == '.' && (marker != 0 || order == DateOrder::monthFirst)) return std::nullopt;
+    if (!skip(line, i, iphone ? "]" : " -")) return std::nullopt;
+    while (i < line.size() && line[i] == ' ')
+        ++i;
+    auto date = instantOf(a, b, year, yearDigits, hour, minute, second, marker, order);
+    if (!date) return std::nullopt;
+    return QuickLine{*date, line.substr(i), a, b};
 }
 
 namespace {
@@ -346,12 +407,15 @@ void OrderClues::lookAt(std::string_view from) {
         if (d == Kind::unsure) unsure = true;
         matches = d == Kind::digit;
     }
-    if (!matches) return;
+    if (matches) sawDate(a, b);
+}
+
+void OrderClues::sawDate(int first, int second) {
     any = true;
-    if (a > 12) {
+    if (first > 12) {
         dayFirst = true;
-        if (b > 12) monthFirst = true;
-    } else if (b >= 13) {
+        if (second > 12) monthFirst = true;
+    } else if (second >= 13) {
         monthFirst = true;
     }
 }

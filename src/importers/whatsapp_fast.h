@@ -25,6 +25,19 @@ struct LineMatch {
 // up, so it holds no line terminator to look for.
 LineMatch matchLine(std::string_view line, bool plainAscii = false);
 
+// The two shapes nearly every export writes, read at once from a line of
+// plain ASCII (no character below 0x0E or outside ASCII):
+//   [d/M/y, H:mm:ss] rest   and   d/M/y, H:mm - rest
+// with "." for "/", seconds or an " AM"/" PM" marker or neither, a 2- or
+// 4-digit year. Exactly what matchLine and timestamp() answer for such a
+// line; none for any other shape, which the general reading decides.
+struct QuickLine {
+    Instant date;
+    std::string_view rest;
+    int first, second;  // the day and month, in the line's order
+};
+std::optional<QuickLine> quickLine(std::string_view line, DateOrder order);
+
 // Whether the line begins like a timestamp: ^\[?\d{1,4}[/.-]\d{1,2}[/.-]\d{1,4}
 Verdict dateLikeStart(std::string_view line);
 
@@ -41,6 +54,8 @@ struct OrderClues {
     // A line from its start on; only its first ten bytes count, and a line
     // shorter than that may run on into the next.
     void lookAt(std::string_view from);
+    // A line whose start reads as a date with these first two numbers.
+    void sawDate(int first, int second);
     void join(const OrderClues& other);
     // What Importer::detectOrder answers for the lines looked at: the outer
     // none when unsure, the inner when they tell neither order or both.

@@ -102,6 +102,27 @@ TEST(WhatsAppFast, LineMatcherAgreesWithTheExpression) {
     EXPECT_GT(matched, 3000);
 }
 
+// The quick reading of the two usual shapes answers as the expression and
+// the date patterns do, or not at all.
+TEST(WhatsAppFast, QuickLinesAgreeWithTheExpressionAndTheDatePatterns) {
+    std::mt19937 rng(20251124);
+    int answered = 0;
+    for (int i = 0; i < 30000; ++i) {
+        std::string line = generatedLine(rng);
+        if (plainAsciiEnd(line, 0) != line.size()) continue;
+        for (auto order : {DateOrder::dayFirst, DateOrder::monthFirst}) {
+            auto quick = fast::quickLine(line, order);
+            if (!quick) continue;
+            ++answered;
+            auto reference = splitWhatsAppLine(line);
+            ASSERT_TRUE(reference) << line;
+            ASSERT_EQ(quick->rest, reference->rest) << line;
+            ASSERT_EQ(quick->date, date(normaliseTimestamp(reference->timestamp), order)) << line;
+        }
+    }
+    EXPECT_GT(answered, 500);
+}
+
 TEST(WhatsAppFast, DateLikeStartAgreesWithTheExpression) {
     std::mt19937 rng(7);
     int decided = 0;
