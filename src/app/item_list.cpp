@@ -11,7 +11,7 @@ std::string date(const Evidence& item) {
 
 std::string sender(const Evidence& item, const Importer::Redactor& redact) {
     if (item.sender.empty()) return "(" + std::string(rawValue(item.kind)) + ")";
-    return redact(item.sender);
+    return redact(item.sender.str());
 }
 
 std::string textStart(const Evidence& item, const Importer::Redactor& redact, size_t limit) {

@@ -33,7 +33,7 @@ Json toJson(const Evidence& item) {
     j["date"] = item.date;
     j["dateText"] = Calendar::format(item.date, "yyyy-MM-dd HH:mm:ss");
     j["dateIsEstimated"] = item.dateIsEstimated;
-    j["sender"] = item.sender;
+    j["sender"] = item.sender.str();
     j["text"] = item.text;
     j["fileID"] = item.fileID.str();
     j["position"] = item.position;
@@ -198,7 +198,7 @@ void appendItem(std::string& out, const Evidence& item, int depth) {
     key("dateIsEstimated");
     out += item.dateIsEstimated ? "true" : "false";
     key("sender");
-    appendString(out, item.sender);
+    appendString(out, item.sender.str());
     key("text");
     appendString(out, item.text);
     key("fileID");

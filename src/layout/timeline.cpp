@@ -236,7 +236,7 @@ std::vector<Piece> Layout::render(const Evidence& item) {
     double space = 10;
     switch (item.kind) {
         case ItemKind::message: {
-            pieces.push_back(meta(line(redact(item.sender)), mine));
+            pieces.push_back(meta(line(redact(item.sender.str())), mine));
             std::string text = item.text;
             if (item.details().attachmentName) text += " (file attached)";
             append(pieces, bubble(redact(text), mine));
@@ -250,7 +250,7 @@ std::vector<Piece> Layout::render(const Evidence& item) {
             break;
         }
         case ItemKind::call: {
-            pieces.push_back(meta(line(redact(item.sender)), mine));
+            pieces.push_back(meta(line(redact(item.sender.str())), mine));
             std::string text = item.text.empty() ? "Call" : item.text;
             if (auto duration = item.details().duration; duration && *duration > 0)
                 text += " · " + Calendar::duration(*duration);
@@ -278,7 +278,7 @@ std::vector<Piece> Layout::render(const Evidence& item) {
         }
         case ItemKind::photo: {
             std::string lead = "Photo";
-            if (!item.sender.empty()) lead += " from " + redact(item.sender);
+            if (!item.sender.empty()) lead += " from " + redact(item.sender.str());
             pieces.push_back(meta(line(lead), false));
             append(pieces, pictures(item));
             break;

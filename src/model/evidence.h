@@ -69,7 +69,7 @@ struct Evidence {
     ItemKind kind = ItemKind::message;
     bool dateIsEstimated = false;
     Instant date = 0;
-    std::string sender;
+    SharedText sender;  // a chat's few names, shared by its messages
     std::string text;
     SharedText fileID;  // shared by the items of one file
     int64_t position = 0;

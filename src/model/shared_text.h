@@ -14,8 +14,8 @@ namespace kinfolio {
 //
 // Each distinct text is kept once for the life of the program, so a copy is
 // a pointer: a million items made or freed on several cores never contend
-// for a shared count. The texts are file fingerprints and names, a few
-// kilobytes for any folder.
+// for a shared count. The texts are file fingerprints and names: fingerprints,
+// senders and categories, a few kilobytes for most folders.
 class SharedText {
 public:
     SharedText() = default;

@@ -12,8 +12,8 @@ using namespace Calendar;
 // An item as the export tables list it: the time as written, who, what, and
 // a call's length.
 std::string shown(const Evidence& e) {
-    std::string s = format(e.date, "yyyy-MM-dd HH:mm") + " " + (e.isSystem() ? "note" : e.sender) +
-                    ": " + e.text;
+    std::string s = format(e.date, "yyyy-MM-dd HH:mm") + " " +
+                    (e.isSystem() ? "note" : e.sender.str()) + ": " + e.text;
     auto length = e.details().duration;
     if (e.kind == ItemKind::call) s += " " + (length ? duration(*length) : "(no length)");
     return s;

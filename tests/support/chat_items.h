@@ -27,7 +27,7 @@ inline Evidence message(const std::string& fileID, int64_t position, double date
 inline std::string itemLine(const Evidence& e) {
     std::string line = std::to_string(e.position) + " " +
                        Calendar::format(e.date, "yyyy-MM-dd HH:mm:ss") + " " +
-                       (e.isSystem() ? "note" : e.sender) + ": " + e.text;
+                       (e.isSystem() ? "note" : e.sender.str()) + ": " + e.text;
     if (e.dateIsEstimated) line += " (date estimated)";
     if (auto name = e.details().attachmentName) line += " [" + *name + "]";
     auto length = e.details().duration;

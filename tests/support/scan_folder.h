@@ -58,7 +58,7 @@ inline std::vector<std::string> shown(const ScanResult& scan) {
 inline std::vector<std::string> itemLines(const Source& s) {
     std::vector<std::string> lines;
     for (const Evidence& e : s.items)
-        lines.push_back(Calendar::format(e.date, "yyyy-MM-dd HH:mm") + " " + e.sender + ": " +
+        lines.push_back(Calendar::format(e.date, "yyyy-MM-dd HH:mm") + " " + e.sender.str() + ": " +
                         e.text);
     return lines;
 }
