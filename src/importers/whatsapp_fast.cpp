@@ -302,8 +302,12 @@ bool digitRun(std::string_view s, size_t& i, size_t min, size_t max, int& value)
     return n >= min && !(i < s.size() && s[i] >= '0' && s[i] <= '9');
 }
 
-bool skip(std::string_view s, size_t& i, std::string_view what) {
-    if (s.substr(i, what.size()) != what) return false;
+// Compared a character at a time: the words are one to three characters,
+// and a call to memcmp for each costs more than the comparison.
+inline bool skip(std::string_view s, size_t& i, std::string_view what) {
+    if (i > s.size() || s.size() - i < what.size()) return false;
+    for (size_t k = 0; k < what.size(); ++k)
+        if (s[i + k] != what[k]) return false;
     i += what.size();
     return true;
 }
