@@ -36,10 +36,7 @@ Evidence& Evidence::operator=(const Evidence& other) {
     return *this;
 }
 
-const EvidenceDetails& Evidence::details() const {
-    static const EvidenceDetails none;
-    return details_ ? *details_ : none;
-}
+constinit const EvidenceDetails Evidence::kNoDetails;
 
 EvidenceDetails& Evidence::detailsForWriting() {
     if (!details_) details_ = std::make_unique<EvidenceDetails>();
