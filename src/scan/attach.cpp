@@ -57,18 +57,30 @@ bool staysInside(const std::vector<std::string>& roots, const std::string& path)
 
 }  // namespace
 
-void attach(std::vector<Evidence>& items, const Resolver& resolve, ScanContext& ctx,
-            std::vector<FileRecord>& files) {
+std::vector<size_t> itemsNamingFiles(std::vector<Evidence>& items,
+                                     const std::function<void(Evidence&)>& alsoDo) {
     // A million items are looked through on every core.
     constexpr size_t kItems = 1 << 15;
     std::vector<std::vector<size_t>> namedIn((items.size() + kItems - 1) / kItems);
     Parallel::forEach(namedIn.size(), [&](size_t r) {
-        for (size_t i = r * kItems; i < std::min(items.size(), (r + 1) * kItems); ++i)
+        for (size_t i = r * kItems; i < std::min(items.size(), (r + 1) * kItems); ++i) {
+            if (alsoDo) alsoDo(items[i]);
             if (items[i].details().attachmentName) namedIn[r].push_back(i);
+        }
     });
     std::vector<size_t> named;
     for (const auto& run : namedIn)
         named.insert(named.end(), run.begin(), run.end());
+    return named;
+}
+
+void attach(std::vector<Evidence>& items, const Resolver& resolve, ScanContext& ctx,
+            std::vector<FileRecord>& files) {
+    attach(items, itemsNamingFiles(items), resolve, ctx, files);
+}
+
+void attach(std::vector<Evidence>& items, const std::vector<size_t>& named, const Resolver& resolve,
+            ScanContext& ctx, std::vector<FileRecord>& files) {
     if (named.empty()) return;
     // Looking a name up on disk is a few system calls; a large chat names
     // thousands of files, so they are looked up on every core.

@@ -11,7 +11,6 @@
 #include "importers/whatsapp_fast.h"
 #include "model/calendar.h"
 #include "model/files.h"
-#include "model/parallel.h"
 #include "model/text.h"
 #include "scan/attach.h"
 #include "scan/date_order.h"
@@ -64,14 +63,11 @@ void readWhatsAppChat(std::string_view text, const FileRecord& file, const std::
         return;
     }
     if (admit && !admit()) return;
-    // A million items are shared out over the cores.
-    constexpr size_t kRun = 1 << 15;
-    auto& items = chat.items;
+    // The items get their file's id in the same look that finds those
+    // naming a file.
     const SharedText fileID(file.sha256);
-    Parallel::forEach((items.size() + kRun - 1) / kRun, [&](size_t r) {
-        for (size_t i = r * kRun; i < std::min(items.size(), (r + 1) * kRun); ++i)
-            items[i].fileID = fileID;
-    });
+    std::vector<size_t> named =
+        itemsNamingFiles(chat.items, [&](Evidence& item) { item.fileID = fileID; });
 
     std::vector<FileRecord> media;
     const std::string inside = fs::path(mediaDir).lexically_normal().string() + "/";
@@ -85,7 +81,7 @@ void readWhatsAppChat(std::string_view text, const FileRecord& file, const std::
         if (!startsWith(path, inside)) return std::nullopt;
         return path;
     };
-    attach(chat.items, inMediaDir, ctx, media);
+    attach(chat.items, named, inMediaDir, ctx, media);
 
     for (auto& note : chat.notes)
         notes.push_back(std::move(note));
