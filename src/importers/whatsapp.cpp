@@ -189,6 +189,7 @@ Stretch parseStretch(std::string_view text, int64_t firstLine, const SharedText&
     std::string_view stamp;
     WhatsAppLine slow;
     bool mayName = false;  // whether the last item's text may name an attachment
+    fast::QuickLine quick;
     size_t start = 0;
     const char* released = text.data();
     int64_t n = 0;
@@ -213,10 +214,10 @@ Stretch parseStretch(std::string_view text, int64_t firstLine, const SharedText&
         std::optional<std::string_view> rest;
         std::optional<Instant> when;
         // Nearly every message line has one of two shapes, read at once.
-        if (auto quick = plain ? fast::quickLine(line, order) : std::nullopt) {
-            out.clues.sawDate(quick->first, quick->second);
-            rest = quick->rest;
-            when = quick->date;
+        if (plain && fast::quickLine(line, order, quick)) {
+            out.clues.sawDate(quick.first, quick.second);
+            rest = quick.rest;
+            when = quick.date;
         } else {
             out.clues.lookAt(fromLineStart);
             if (!plain) {

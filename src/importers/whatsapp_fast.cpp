@@ -294,7 +294,7 @@ namespace {
 
 // Reads a run of min..max ASCII digits at `i` that no further digit
 // continues.
-bool digitRun(std::string_view s, size_t& i, size_t min, size_t max, int& value) {
+inline bool digitRun(std::string_view s, size_t& i, size_t min, size_t max, int& value) {
     size_t n = 0;
     value = 0;
     for (; n < max && i < s.size() && s[i] >= '0' && s[i] <= '9'; ++n, ++i)
@@ -314,34 +314,40 @@ inline bool skip(std::string_view s, size_t& i, std::string_view what) {
 
 }  // namespace
 
-std::optional<QuickLine> quickLine(std::string_view line, DateOrder order) {
+bool quickLine(std::string_view line, DateOrder order, QuickLine& out) {
     size_t i = 0;
     bool iphone = skip(line, i, "[");
     int a, b, year, hour, minute, second = 0, marker = 0;
-    if (!digitRun(line, i, 1, 2, a) || i >= line.size()) return std::nullopt;
+    if (!digitRun(line, i, 1, 2, a) || i >= line.size()) return false;
     char sep = line[i++];
     if ((sep != '/' && sep != '.') || !digitRun(line, i, 1, 2, b) || !skip(line, i, {&sep, 1}))
-        return std::nullopt;
+        return false;
     size_t yearStart = i;
-    if (!digitRun(line, i, 2, 4, year) || i - yearStart == 3) return std::nullopt;
+    if (!digitRun(line, i, 2, 4, year) || i - yearStart == 3) return false;
     size_t yearDigits = i - yearStart;
     skip(line, i, ",");
     if (!skip(line, i, " ") || !digitRun(line, i, 1, 2, hour) || !skip(line, i, ":") ||
         !digitRun(line, i, 2, 2, minute))
-        return std::nullopt;
-    if (skip(line, i, ":") && !digitRun(line, i, 2, 2, second)) return std::nullopt;
+        return false;
+    if (skip(line, i, ":") && !digitRun(line, i, 2, 2, second)) return false;
     if (skip(line, i, " AM"))
         marker = 1;
     else if (skip(line, i, " PM"))
         marker = 2;
     // Dotted dates are day first; a marker after one is left to ICU.
-    if (sep == '.' && (marker != 0 || order == DateOrder::monthFirst)) return std::nullopt;
-    if (!skip(line, i, iphone ? "]" : " -")) return std::nullopt;
+    if (sep == '.' && (marker != 0 || order == DateOrder::monthFirst)) return false;
+    if (!skip(line, i, iphone ? "]" : " -")) return false;
     while (i < line.size() && line[i] == ' ')
         ++i;
     auto date = instantOf(a, b, year, yearDigits, hour, minute, second, marker, order);
-    if (!date) return std::nullopt;
-    return QuickLine{*date, line.substr(i), a, b};
+    if (!date) return false;
+    // Filled in place: a returned record is put together on the stack in
+    // pieces and read back whole, which the processor cannot forward.
+    out.date = *date;
+    out.rest = line.substr(i);
+    out.first = a;
+    out.second = b;
+    return true;
 }
 
 namespace {

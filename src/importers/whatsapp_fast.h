@@ -30,13 +30,13 @@ LineMatch matchLine(std::string_view line, bool plainAscii = false);
 //   [d/M/y, H:mm:ss] rest   and   d/M/y, H:mm - rest
 // with "." for "/", seconds or an " AM"/" PM" marker or neither, a 2- or
 // 4-digit year. Exactly what matchLine and timestamp() answer for such a
-// line; none for any other shape, which the general reading decides.
+// line; false for any other shape, which the general reading decides.
 struct QuickLine {
-    Instant date;
+    Instant date = 0;
     std::string_view rest;
-    int first, second;  // the day and month, in the line's order
+    int first = 0, second = 0;  // the day and month, in the line's order
 };
-std::optional<QuickLine> quickLine(std::string_view line, DateOrder order);
+bool quickLine(std::string_view line, DateOrder order, QuickLine& out);
 
 // Whether the line begins like a timestamp: ^\[?\d{1,4}[/.-]\d{1,2}[/.-]\d{1,4}
 Verdict dateLikeStart(std::string_view line);
