@@ -36,8 +36,6 @@ Evidence& Evidence::operator=(const Evidence& other) {
     return *this;
 }
 
-constinit const EvidenceDetails Evidence::kNoDetails;
-
 EvidenceDetails& Evidence::detailsForWriting() {
     if (!details_) details_ = std::make_unique<EvidenceDetails>();
     return *details_;

@@ -83,7 +83,10 @@ struct Evidence {
 
     // An empty shared instance when this item has none, so reading never
     // allocates.
-    const EvidenceDetails& details() const { return details_ ? *details_ : kNoDetails; }
+    const EvidenceDetails& details() const {
+        static const EvidenceDetails none;
+        return details_ ? *details_ : none;
+    }
     EvidenceDetails& detailsForWriting();
 
     // fileID + ":" + position; items of one file and position share it.
@@ -95,7 +98,6 @@ struct Evidence {
     bool operator==(const Evidence& other) const;
 
 private:
-    static const EvidenceDetails kNoDetails;
     std::unique_ptr<EvidenceDetails> details_;
 };
 
