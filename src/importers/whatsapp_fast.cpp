@@ -463,11 +463,20 @@ std::optional<DateOrder> likelyOrder(std::string_view text) {
     constexpr size_t kStretches = 16, kStretch = 16 << 10;
     OrderClues clues;
     for (size_t k = 0; k < kStretches; ++k) {
+        // Each stretch starts and ends at a line start.
         size_t from = k * text.size() / kStretches;
-        if (k > 0) from = std::min(text.size(), text.find('\n', from) + 1);
+        if (k > 0) {
+            from = text.find('\n', from);
+            if (from == std::string_view::npos) break;
+            ++from;
+        }
         size_t to = std::min(text.size(), from + kStretch);
-        if (to < text.size()) to = std::min(text.size(), text.rfind('\n', to) + 1);
-        if (to > from) clues.join(orderClues(text.substr(from, to - from)));
+        if (to < text.size()) {
+            to = text.rfind('\n', to);
+            if (to == std::string_view::npos || to < from) continue;
+            ++to;
+        }
+        clues.join(orderClues(text.substr(from, to - from)));
     }
     auto verdict = clues.verdict();
     return verdict ? *verdict : std::nullopt;
