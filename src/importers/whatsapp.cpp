@@ -112,13 +112,9 @@ bool looksLikeWhatsApp(std::string_view text) {
 namespace {
 
 // Exports put left-to-right marks and byte-order marks around names and times.
-// Both marks are three bytes outside ASCII, so plain text is passed over
-// eight bytes at a time.
+// Both marks are three bytes outside ASCII, so plain text is passed over.
 bool hasInvisibleMarks(std::string_view line) {
-    for (size_t i = 0; i < line.size(); ++i) {
-        while (i + 8 <= line.size() && !anyNonAscii(eightBytes(line.data() + i)))
-            i += 8;
-        if (i + 3 > line.size()) return false;
+    for (size_t i = plainAsciiEnd(line, 0); i < line.size(); i = plainAsciiEnd(line, i + 1)) {
         std::string_view three = line.substr(i, 3);
         if (three == "\u200E" || three == "\uFEFF") return true;
     }
@@ -170,13 +166,12 @@ void nameAttachment(Evidence& e) {
 
 // What one stretch of a chat reads as: its items are in the slots it was
 // given, one per line at most (a file rewritten in place between the line
-// count and the reading could hold more: it stops there). Items are numbered
-// by their line in the whole chat, the stretch's own line numbers count from
-// its first line, and its first trouble ends it.
+// count and the reading could hold more: it stops there). Lines are numbered
+// in the whole chat: the stretch's first line follows line `firstLine`. Its
+// first trouble ends it.
 struct Stretch {
     size_t items = 0;
     std::vector<int64_t> headerLines;
-    int64_t lines = 0;
     const char* trouble = nullptr;  // the message, finished by " on line N."
     int64_t troubleLine = 0;
     fast::OrderClues clues;
@@ -192,7 +187,7 @@ Stretch parseStretch(std::string_view text, int64_t firstLine, const SharedText&
     fast::QuickLine quick;
     size_t start = 0;
     const char* released = text.data();
-    int64_t n = 0;
+    int64_t n = firstLine;
     while (start <= text.size()) {
         // A chat of a hundred megabytes and its million items would
         // otherwise be resident together.
@@ -221,12 +216,11 @@ Stretch parseStretch(std::string_view text, int64_t firstLine, const SharedText&
         } else {
             out.clues.lookAt(fromLineStart);
             if (!plain) {
-                for (size_t i = 0; i < line.size() && !out.clues.unsure; ++i)
-                    out.clues.unsure = fast::isLineBreakAt(line, i);
-            }
-            if (!plain && hasInvisibleMarks(line)) {
-                cleaned = withoutInvisibleMarks(line);
-                line = cleaned;
+                out.clues.unsure = out.clues.unsure || fast::holdsLineBreak(line);
+                if (hasInvisibleMarks(line)) {
+                    cleaned = withoutInvisibleMarks(line);
+                    line = cleaned;
+                }
             }
             // A timestamp that the shared date lists do not read may be in
             // a form that phones of other languages write.
@@ -271,7 +265,7 @@ Stretch parseStretch(std::string_view text, int64_t firstLine, const SharedText&
                 e.text = rest->substr(colon + 2);
             }
             if (!fileID.empty()) e.fileID = fileID;
-            e.position = firstLine + n;
+            e.position = n;
         } else if (dateLike(line)) {
             out.trouble = "Unsupported timestamp";
             out.troubleLine = n;
@@ -287,7 +281,6 @@ Stretch parseStretch(std::string_view text, int64_t firstLine, const SharedText&
         if (last) break;
     }
     if (out.items > 0 && mayName) nameAttachment(slots[out.items - 1]);
-    out.lines = n;
     return out;
 }
 
@@ -359,24 +352,20 @@ std::optional<ImportResult> parseLines(std::string_view text, const std::string&
     });
 
     size_t filled = 0;
-    int64_t before = 0;  // lines in the earlier pieces
     fast::OrderClues clues;
     for (size_t k = 0; k < pieces; ++k) {
         const Stretch& s = stretches[k];
         clues.join(s.clues);
         if (s.trouble)
             throw EvidenceError::invalid(std::string(s.trouble) + " on line " +
-                                         std::to_string(before + s.troubleLine) + ".");
+                                         std::to_string(s.troubleLine) + ".");
         for (int64_t line : s.headerLines)
-            result.notes.push_back("Ignored header line " + std::to_string(before + line) + ".");
+            result.notes.push_back("Ignored header line " + std::to_string(line) + ".");
         auto from = result.items.begin() + static_cast<ptrdiff_t>(firstSlot[k]);
         if (filled != firstSlot[k])
             std::move(from, from + static_cast<ptrdiff_t>(s.items),
                       result.items.begin() + static_cast<ptrdiff_t>(filled));
         filled += s.items;
-        // Every piece but the last ends with its line break, which the
-        // reading counts as the start of one more, empty line.
-        before += s.lines - 1;
     }
     result.items.resize(filled);
     if (result.items.empty()) throw EvidenceError::invalid("No WhatsApp messages found.");

@@ -125,15 +125,12 @@ bool timestampPart(Cursor& c) {
     return !c.unsure;
 }
 
-// Whether any of eight bytes is below 0x0E or outside ASCII.
-bool mayEndALine(uint64_t eight) {
-    return anyNonAscii(eight) || anyByteBelow(eight, 0x0E);
-}
-
-bool isLineTerminatorAt(std::string_view s, size_t i) {
+// Whether a line break that the expressions see begins at `i`: \n, \v, \f,
+// \r, U+0085, U+2028 or U+2029.
+bool isLineBreakAt(std::string_view s, size_t i) {
     auto c = static_cast<unsigned char>(s[i]);
-    if (c == 0x0B || c == 0x0C || c == 0x0D) return true;
-    if (c == 0xC2 && i + 1 < s.size() && static_cast<unsigned char>(s[i + 1]) == 0x85) return true;
+    if (c >= 0x0A && c <= 0x0D) return true;
+    if (c == 0xC2) return i + 1 < s.size() && static_cast<unsigned char>(s[i + 1]) == 0x85;
     return c == 0xE2 && i + 2 < s.size() && s[i + 1] == '\x80' &&
            (s[i + 2] == '\xA8' || s[i + 2] == '\xA9');
 }
@@ -164,12 +161,7 @@ LineMatch matchLine(std::string_view line, bool plainAscii) {
     }
     c.spaces();
     if (c.unsure) return {};
-    for (size_t i = plainAscii ? line.size() : c.i; i < line.size(); ++i) {
-        // Eight bytes at a time past plain ASCII text.
-        while (i + 8 <= line.size() && !mayEndALine(eightBytes(line.data() + i)))
-            i += 8;
-        if (i < line.size() && isLineTerminatorAt(line, i)) return {};
-    }
+    if (!plainAscii && holdsLineBreak(line.substr(c.i))) return {};
     return {Verdict::yes, stamp, line.substr(c.i)};
 }
 
@@ -400,10 +392,10 @@ OrderClues orderClues(std::string_view text) {
 
 }  // namespace
 
-bool isLineBreakAt(std::string_view s, size_t i) {
-    auto c = static_cast<unsigned char>(s[i]);
-    if (c >= 0x0A && c <= 0x0D) return true;
-    return c >= 0xC2 && isLineTerminatorAt(s, i);
+bool holdsLineBreak(std::string_view s) {
+    for (size_t i = plainAsciiEnd(s, 0); i < s.size(); i = plainAsciiEnd(s, i + 1))
+        if (isLineBreakAt(s, i)) return true;
+    return false;
 }
 
 void OrderClues::lookAt(std::string_view from) {

@@ -62,9 +62,10 @@ struct OrderClues {
     std::optional<std::optional<DateOrder>> verdict() const;
 };
 
-// Whether a line break that the expressions' "^" starts a line after begins
-// at `i`: \n, \v, \f, \r, U+0085, U+2028 or U+2029.
-bool isLineBreakAt(std::string_view s, size_t i);
+// Whether the text holds a line break that the expressions see: \n, \v,
+// \f, \r, U+0085, U+2028 or U+2029. Plain ASCII is passed over sixteen bytes
+// at a time.
+bool holdsLineBreak(std::string_view s);
 
 // Importer::detectOrder over a whole chat: the outer none means unsure.
 std::optional<std::optional<DateOrder>> detectOrder(std::string_view text);

@@ -59,6 +59,12 @@ void forEach(size_t count, const std::function<void(size_t)>& work) {
         if (e) std::rethrow_exception(e);
 }
 
+void forEachRun(size_t count, size_t length,
+                const std::function<void(size_t run, size_t from, size_t to)>& work) {
+    forEach(runCount(count, length),
+            [&](size_t r) { work(r, r * length, std::min(count, (r + 1) * length)); });
+}
+
 std::vector<size_t> lineCuts(std::string_view text,
                              const std::function<bool(std::string_view line)>& startsPiece) {
     constexpr size_t kSmallestPiece = 1 << 20;

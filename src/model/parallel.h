@@ -21,6 +21,15 @@ void setThreads(unsigned count);
 // rethrown after every piece has finished: the one of the lowest i.
 void forEach(size_t count, const std::function<void(size_t)>& work);
 
+// Work on `count` things shared out in runs of `length`: work(run, from, to)
+// for each run, its things [from, to), as forEach runs them. A run's results
+// go to slot `run` of a vector of runCount() slots.
+inline size_t runCount(size_t count, size_t length) {
+    return (count + length - 1) / length;
+}
+void forEachRun(size_t count, size_t length,
+                const std::function<void(size_t run, size_t from, size_t to)>& work);
+
 // Where to cut a text of lines into about one piece per thread, none under a
 // megabyte: 0, the starts of the lines where pieces begin, and the text's
 // size. A line that `startsPiece` refuses moves the cut on to the next line.

@@ -40,43 +40,15 @@ UChar32 codePointAt(std::string_view text, size_t i, int32_t& length) {
 
 }  // namespace
 
-namespace {
-
-bool isValidUtf8InOnePiece(std::string_view bytes) {
-    const auto* s = reinterpret_cast<const uint8_t*>(bytes.data());
-    size_t n = bytes.size(), i = 0;
-    while (i < n) {
-        // Fast path over ASCII, sixteen or eight bytes at a time.
-#if defined(__SSE2__)
-        while (i + 16 <= n &&
-               !_mm_movemask_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i))))
-            i += 16;
-#endif
-        while (i + 8 <= n && !anyNonAscii(eightBytes(bytes.data() + i)))
-            i += 8;
-        if (i >= n) break;
-        if (s[i] < 0x80) {
-            ++i;
-            continue;
-        }
-        int32_t length = 0;
-        if (codePointAt(bytes, i, length) < 0) return false;
-        i += static_cast<size_t>(length);
-    }
-    return true;
-}
-
-}  // namespace
-
 bool isValidUtf8(std::string_view bytes) {
     // A chat of a hundred megabytes is checked in pieces on every core. A
     // piece starts at a byte that is not a continuation byte: a well-formed
     // character never spans such a cut, and an ill-formed one is ill-formed
     // in its piece too.
     constexpr size_t kSmallestPiece = 4 << 20;
-    if (bytes.size() < 2 * kSmallestPiece) return isValidUtf8InOnePiece(bytes);
+    if (bytes.size() < 2 * kSmallestPiece) return lookOverLines(bytes).wellFormed;
     size_t pieces = std::min<size_t>(Parallel::threads(), bytes.size() / kSmallestPiece);
-    if (pieces < 2) return isValidUtf8InOnePiece(bytes);
+    if (pieces < 2) return lookOverLines(bytes).wellFormed;
     std::vector<size_t> cuts{0};
     for (size_t k = 1; k < pieces; ++k) {
         size_t at = std::max(k * bytes.size() / pieces, cuts.back());
@@ -87,7 +59,7 @@ bool isValidUtf8(std::string_view bytes) {
     cuts.push_back(bytes.size());
     std::vector<char> valid(pieces);
     Parallel::forEach(pieces, [&](size_t k) {
-        valid[k] = isValidUtf8InOnePiece(bytes.substr(cuts[k], cuts[k + 1] - cuts[k]));
+        valid[k] = lookOverLines(bytes.substr(cuts[k], cuts[k + 1] - cuts[k])).wellFormed;
     });
     return std::all_of(valid.begin(), valid.end(), [](char v) { return v != 0; });
 }

@@ -60,10 +60,10 @@ bool staysInside(const std::vector<std::string>& roots, const std::string& path)
 std::vector<size_t> itemsNamingFiles(std::vector<Evidence>& items,
                                      const std::function<void(Evidence&)>& alsoDo) {
     // A million items are looked through on every core.
-    constexpr size_t kItems = 1 << 15;
-    std::vector<std::vector<size_t>> namedIn((items.size() + kItems - 1) / kItems);
-    Parallel::forEach(namedIn.size(), [&](size_t r) {
-        for (size_t i = r * kItems; i < std::min(items.size(), (r + 1) * kItems); ++i) {
+    constexpr size_t kRun = 1 << 15;
+    std::vector<std::vector<size_t>> namedIn(Parallel::runCount(items.size(), kRun));
+    Parallel::forEachRun(items.size(), kRun, [&](size_t r, size_t from, size_t to) {
+        for (size_t i = from; i < to; ++i) {
             if (alsoDo) alsoDo(items[i]);
             if (items[i].details().attachmentName) namedIn[r].push_back(i);
         }
@@ -86,9 +86,8 @@ void attach(std::vector<Evidence>& items, const std::vector<size_t>& named, cons
     // thousands of files, so they are looked up on every core.
     const std::vector<std::string> roots = realRoots(ctx);
     std::vector<std::optional<std::string>> found(named.size());
-    constexpr size_t kRun = 256;
-    Parallel::forEach((named.size() + kRun - 1) / kRun, [&](size_t r) {
-        for (size_t k = r * kRun; k < std::min(named.size(), (r + 1) * kRun); ++k) {
+    Parallel::forEachRun(named.size(), 256, [&](size_t, size_t from, size_t to) {
+        for (size_t k = from; k < to; ++k) {
             auto path = resolve(*items[named[k]].details().attachmentName);
             if (path && isRegularFile(*path) && staysInside(roots, *path))
                 found[k] = fs::path(*path).lexically_normal().string();

@@ -36,10 +36,10 @@ struct ChatTally {
 
 ChatTally tally(const std::vector<Evidence>& items) {
     constexpr size_t kRun = 1 << 16;
-    std::vector<ChatTally> runs((items.size() + kRun - 1) / kRun);
-    Parallel::forEach(runs.size(), [&](size_t r) {
+    std::vector<ChatTally> runs(Parallel::runCount(items.size(), kRun));
+    Parallel::forEachRun(items.size(), kRun, [&](size_t r, size_t from, size_t to) {
         ChatTally& t = runs[r];
-        for (size_t i = r * kRun; i < std::min(items.size(), (r + 1) * kRun); ++i) {
+        for (size_t i = from; i < to; ++i) {
             const Evidence& item = items[i];
             if (item.kind == ItemKind::message && !item.sender.empty()) ++t.messages;
             if (item.kind == ItemKind::call) ++t.calls;

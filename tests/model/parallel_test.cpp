@@ -19,8 +19,19 @@ TEST(Parallel, EveryPieceRunsOnceAndTheFirstFailureIsRethrown) {
             SCOPED_TRACE(std::to_string(threads) + " threads, " + std::to_string(count));
             std::vector<std::atomic<int>> runs(count);
             Parallel::forEach(count, [&](size_t i) { ++runs[i]; });
-            for (size_t i = 0; i < count; ++i)
+            // In runs of 7, each thing falls in exactly one run, its own.
+            std::vector<std::atomic<size_t>> runOf(count);
+            std::atomic<size_t> runsSeen{0};
+            Parallel::forEachRun(count, 7, [&](size_t r, size_t from, size_t to) {
+                ++runsSeen;
+                for (size_t i = from; i < to; ++i)
+                    runOf[i] += r + 1;
+            });
+            EXPECT_EQ(runsSeen, Parallel::runCount(count, 7));
+            for (size_t i = 0; i < count; ++i) {
                 EXPECT_EQ(runs[i], 1) << i;
+                EXPECT_EQ(runOf[i], i / 7 + 1) << i;
+            }
         }
         // Every piece still runs; the lowest failing index is the one reported.
         std::atomic<int> ran{0};

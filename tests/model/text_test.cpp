@@ -105,7 +105,9 @@ TEST(Utf8, LookOverLinesAnswersAsAByteByByteLook) {
         }
         if (round == 0) text = std::string(10000, '\n');  // every counter full at each sum
         LineLook look = lookOverLines(text);
-        bool wellFormed = isValidUtf8(text);
+        // ICU replaces what is ill-formed, so only well-formed text comes
+        // back unchanged.
+        bool wellFormed = toUtf8(toUnicode(text)) == text;
         ASSERT_EQ(look.wellFormed, wellFormed);
         if (!wellFormed) continue;
         ASSERT_EQ(look.lineFeeds, static_cast<size_t>(std::ranges::count(text, '\n')));
